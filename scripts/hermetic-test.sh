@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Runs one test program in a sealed environment: its own HOME and XDG folders, an
+# unusual time zone (Asia/Kathmandu, +05:45) so that an accidental read of the
+# machine's zone fails, a fixed locale, Qt's offscreen platform, and for Qt and
+# integration programs a private D-Bus session bus. Used by CTest for every test.
+set -u
+
+root=$(mktemp -d "${TMPDIR:-/tmp}/daywyn-test.XXXXXX")
+cleanup() { rm -rf "$root"; }
+trap cleanup EXIT
+
+mkdir -p "$root/home" "$root/data" "$root/config" "$root/state" "$root/cache" "$root/runtime"
+chmod 700 "$root/runtime"
+
+export HOME="$root/home"
+export XDG_DATA_HOME="$root/data"
+export XDG_CONFIG_HOME="$root/config"
+export XDG_STATE_HOME="$root/state"
+export XDG_CACHE_HOME="$root/cache"
+export XDG_RUNTIME_DIR="$root/runtime"
+export TZ="Asia/Kathmandu"
+export LC_ALL="C.UTF-8"
+export LANG="C.UTF-8"
+export QT_QPA_PLATFORM="${DAYWYN_TEST_QPA:-offscreen}"
+export DAYWYN_HERMETIC=1
+unset DBUS_SESSION_BUS_ADDRESS WAYLAND_DISPLAY
+[ -n "${DAYWYN_TEST_KEEP_DISPLAY:-}" ] || unset DISPLAY
+
+program=$(basename "$1")
+case "$program" in
+  *_qt|test_integration*)
+    dbus-run-session -- "$@"
+    ;;
+  *)
+    "$@"
+    ;;
+esac

@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Installs every Debian 12 package Daywyn needs to build, test and run.
+# Idempotent: packages already present are skipped, and the package lists are
+# refreshed only when something is missing. Uses sudo only when not root.
+set -euo pipefail
+
+packages=(
+  # toolchain
+  g++ cmake ninja-build pkg-config make git clang-format
+  # core libraries
+  libicu-dev rapidjson-dev
+  # tests, benchmarks, fuzzing
+  libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev python3
+  # desktop app
+  qt6-base-dev qt6-declarative-dev qt6-svg-dev libgl-dev
+  qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
+  qml6-module-qtquick-window qml6-module-qtquick-dialogs qml6-module-qt-labs-platform
+  qml6-module-qtqml-workerscript qml6-module-qtquick-templates qml6-module-qtqml
+  qml6-module-qttest qt6-qpa-plugins libxcb1-dev
+  # hermetic test environment: a private session bus, a virtual display
+  dbus dbus-bin xvfb xauth x11-utils xdotool
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed'; then
+    missing+=("$p")
+  fi
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+  exit 0
+fi
+
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then
+  sudo="sudo"
+fi
+
+echo "Installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"

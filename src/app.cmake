@@ -1,0 +1,19 @@
+# daywyn_app: the Qt layer (every src/*/qt/ folder) and the daywyn executable.
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui DBus Qml Quick QuickControls2)
+
+set(CMAKE_AUTOMOC ON)
+
+file(GLOB DAYWYN_APP_SOURCES CONFIGURE_DEPENDS
+    ${CMAKE_CURRENT_SOURCE_DIR}/*/qt/*.cpp
+    ${CMAKE_CURRENT_SOURCE_DIR}/*/qt/*.h)
+add_library(daywyn_app STATIC ${DAYWYN_APP_SOURCES})
+target_link_libraries(daywyn_app PUBLIC daywyn_core
+    Qt6::Core Qt6::Gui Qt6::DBus Qt6::Qml Qt6::Quick Qt6::QuickControls2)
+target_compile_definitions(daywyn_app PUBLIC QT_NO_KEYWORDS)
+daywyn_warnings(daywyn_app)
+
+add_executable(daywyn ${CMAKE_CURRENT_SOURCE_DIR}/main.cpp)
+target_link_libraries(daywyn PRIVATE daywyn_app)
+daywyn_warnings(daywyn)
+set_target_properties(daywyn PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+install(TARGETS daywyn RUNTIME DESTINATION bin)
