@@ -1,0 +1,16 @@
+#include "base/Version.h"
+
+namespace daywyn {
+
+const char* appVersion() {
+    return DAYWYN_VERSION;
+}
+const char* appBuildNumber() {
+    return DAYWYN_BUILD_NUMBER;
+}
+
+std::string versionLine() {
+    return std::string("Daywyn ") + appVersion() + " (build " + appBuildNumber() + ")";
+}
+
+} // namespace daywyn
