@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+
+#include "model/RecordJson.h"
+#include "support/TaskBuilder.h"
+
+namespace daywyn {
+namespace {
+
+using test::TaskBuilder;
+
+std::string encodePretty(const TaskItem& task) {
+    JsonBuffer buffer;
+    PrettyJsonWriter writer(buffer);
+    useTwoSpaceIndent(writer);
+    encodeRecord(writer, task, DateCoding::iso8601);
+    return buffer.GetString();
+}
+
+Result<TaskItem> decode(std::string_view json) {
+    auto document = parseJson(json);
+    if (!document) {
+        return Error{document.error()};
+    }
+    return decodeTaskItem(document.value(), DateCoding::iso8601);
+}
+
+TaskItem fullTask() {
+    const Instant t{1772612100.0};
+    TaskItem task = TaskBuilder("Write \"report\" ✎")
+                        .createdAt(t)
+                        .estimate(45)
+                        .reminder(t + 60)
+                        .startingAt(t + 3600)
+                        .endingAt(t + 7200)
+                        .completedAt(t + 9000)
+                        .session(t, t + 1500)
+                        .session(t + 2000, t + 1900)
+                        .checklistItem("Outline", true)
+                        .checklistItem("Draft")
+                        .repeating(TaskRecurrence::weekdays)
+                        .pinned(2);
+    task.scheduledDay = t;
+    task.liveSessionStartedAt = t + 9100;
+    task.scheduledBudgetAlerts = {BudgetAlertKind::exceeded, BudgetAlertKind::approaching};
+    task.scheduledReminderDate = t + 60;
+    task.notifiedOverdueEnd = t + 7200;
+    task.nextOccurrenceCreated = false;
+    return task;
+}
+
+TEST(TaskItemJson, FullAndSparseTasksRoundTrip) {
+    const TaskItem sparse = TaskBuilder("Call Ama").createdAt(Instant{1772612100.0});
+    TaskItem emptyChecklist = sparse;
+    emptyChecklist.checklist.emplace();
+    for (const TaskItem& task : {fullTask(), sparse, emptyChecklist}) {
+        SCOPED_TRACE(task.title);
+        auto back = decode(encodePretty(task));
+        ASSERT_TRUE(back.ok()) << back.error();
+        EXPECT_EQ(back.value(), task);
+    }
+}
+
+TEST(TaskItemJson, AbsentValuesAreOmittedAndKeysAreSorted) {
+    const TaskItem sparse = TaskBuilder("Call Ama").createdAt(Instant{1772612100.0});
+    const std::string json = encodeTaskLine(sparse);
+    EXPECT_EQ(json, "{\"createdAt\":\"2026-03-04T08:15:00Z\",\"id\":\"" + sparse.id.text() +
+                        "\",\"isComplete\":false,\"scheduledBudgetAlerts\":[],\"sessions\":[],"
+                        "\"title\":\"Call Ama\"}");
+
+    const std::string full = encodePretty(fullTask());
+    const char* order[] = {"checklist",
+                           "completedAt",
+                           "createdAt",
+                           "estimatedMinutes",
+                           "\"id\"",
+                           "isComplete",
+                           "liveSessionStartedAt",
+                           "nextOccurrenceCreated",
+                           "notifiedOverdueEnd",
+                           "priorityRank",
+                           "recurrence",
+                           "reminderDate",
+                           "scheduledBudgetAlerts",
+                           "scheduledDay",
+                           "scheduledEnd",
+                           "scheduledReminderDate",
+                           "scheduledStart",
+                           "sessions",
+                           "\"title\""};
+    std::size_t last = 0;
+    for (const char* key : order) {
+        SCOPED_TRACE(key);
+        const std::string quoted = key[0] == '"' ? key : "\"" + std::string(key) + "\"";
+        // Nested records (checklist items, sessions) have keys of their own, so each
+        // top-level key is looked for after the previous one.
+        const std::size_t at = full.find("\n  " + quoted, last);
+        ASSERT_NE(at, std::string::npos);
+        EXPECT_GT(at, last);
+        last = at;
+    }
+}
+
+TEST(TaskItemJson, MissingOptionalKeysStayAbsent) {
+    auto task = decode(R"({"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","title":"t",
+        "createdAt":"2026-03-04T08:15:00Z","isComplete":false,"sessions":[],
+        "scheduledBudgetAlerts":[]})");
+    ASSERT_TRUE(task.ok()) << task.error();
+    EXPECT_FALSE(task->priorityRank.has_value());
+    EXPECT_FALSE(task->checklist.has_value());
+    EXPECT_FALSE(task->recurrence.has_value());
+    EXPECT_FALSE(task->nextOccurrenceCreated.has_value());
+}
+
+TEST(TaskItemJson, EachRequiredKeyMissingOrMistypedFailsTheRecord) {
+    const std::string valid = encodeTaskLine(fullTask());
+    ASSERT_TRUE(decode(valid).ok());
+    const struct {
+        const char* key;
+        const char* wrongValue;
+    } required[] = {
+        {"id", "\"not-a-uuid\""},   {"title", "7"},     {"createdAt", "\"yesterday\""},
+        {"isComplete", "\"true\""}, {"sessions", "{}"}, {"scheduledBudgetAlerts", "[\"soon\"]"}};
+    for (const auto& r : required) {
+        SCOPED_TRACE(r.key);
+        auto document = parseJson(valid).value();
+        document.RemoveMember(r.key);
+        JsonBuffer buffer;
+        CompactJsonWriter writer(buffer);
+        document.Accept(writer);
+        EXPECT_FALSE(decode(buffer.GetString()).ok());
+
+        rapidjson::Document wrong;
+        wrong.Parse(r.wrongValue);
+        auto replaced = parseJson(valid).value();
+        replaced[r.key].CopyFrom(wrong, replaced.GetAllocator());
+        JsonBuffer wrongBuffer;
+        CompactJsonWriter wrongWriter(wrongBuffer);
+        replaced.Accept(wrongWriter);
+        EXPECT_FALSE(decode(wrongBuffer.GetString()).ok());
+    }
+}
+
+TEST(TaskItemJson, MistypedOptionalValuesFailTheRecord) {
+    const std::string head = R"({"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","title":"t",
+        "createdAt":"2026-03-04T08:15:00Z","isComplete":false,"sessions":[],
+        "scheduledBudgetAlerts":[],)";
+    const char* bad[] = {
+        R"("recurrence":"yearly"})",
+        R"("recurrence":"Daily"})",
+        R"("estimatedMinutes":25.5})",
+        R"("estimatedMinutes":"25"})",
+        R"("priorityRank":1.0})",
+        R"("scheduledStart":"2026-03-04T08:15:00.5Z"})",
+        R"("checklist":[{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","title":"x"}]})",
+        R"("nextOccurrenceCreated":1})",
+    };
+    for (const char* tail : bad) {
+        SCOPED_TRACE(tail);
+        EXPECT_FALSE(decode(head + tail).ok());
+    }
+    EXPECT_TRUE(decode(head + R"("estimatedMinutes":25})").ok());
+}
+
+TEST(TaskItemJson, DoublesComeBackBitIdentical) {
+    rapidjson::Document doc;
+    const double values[] = {0.1, 1234.5678901234567, 1e-9, 86399.99999999999,
+                             2.2250738585072014e-308};
+    for (double v : values) {
+        DailyTaskSummary summary{Uuid::random(), "x", true, std::nullopt, v};
+        JsonBuffer buffer;
+        CompactJsonWriter writer(buffer);
+        encodeRecord(writer, summary);
+        auto back = decodeDailyTaskSummary(parseJson(buffer.GetString()).value());
+        ASSERT_TRUE(back.ok());
+        EXPECT_EQ(back->actualSeconds, v);
+    }
+}
+
+TEST(TaskItem, RecordedDurationIgnoresBackwardsSessionsAndTheRunningSpan) {
+    const Instant t{1772612100.0};
+    EXPECT_EQ(TaskBuilder().build().recordedDuration(), 0.0);
+    const TaskItem task =
+        TaskBuilder().session(t, t + 600).session(t + 900, t + 300).session(t, t + 0.5).running(t);
+    EXPECT_EQ(task.recordedDuration(), 600.5);
+    EXPECT_TRUE(task.isRunning());
+}
+
+} // namespace
+} // namespace daywyn
