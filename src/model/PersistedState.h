@@ -21,4 +21,24 @@ struct PersistedState {
     bool operator==(const PersistedState&) const = default;
 };
 
+// A state to be written, borrowed from its owner so that saving never copies the
+// task list.
+struct PersistedStateView {
+    long long version = PersistedState::kCurrentVersion;
+    const std::vector<TaskItem>& tasks;
+    const AppPreferences& preferences;
+    const std::vector<DailyReport>& reports;
+
+    PersistedStateView(const std::vector<TaskItem>& t, const AppPreferences& p,
+                       const std::vector<DailyReport>& r)
+        : tasks(t)
+        , preferences(p)
+        , reports(r) {}
+    PersistedStateView(const PersistedState& state)
+        : version(state.version)
+        , tasks(state.tasks)
+        , preferences(state.preferences)
+        , reports(state.reports) {}
+};
+
 } // namespace daywyn

@@ -322,7 +322,7 @@ void encodeRecord(Writer& w, const DailyReport& r, DateCoding dates) {
 }
 
 template <typename Writer>
-void encodeRecord(Writer& w, const PersistedState& state, DateCoding dates) {
+void encodeRecord(Writer& w, const PersistedStateView& state, DateCoding dates) {
     w.StartObject();
     writeKey(w, "preferences");
     encodeRecord(w, state.preferences);
@@ -350,12 +350,12 @@ void encodeRecord(Writer& w, const PersistedState& state, DateCoding dates) {
     template void encodeRecord(Writer&, const AppPreferences&);                                    \
     template void encodeRecord(Writer&, const DailyTaskSummary&);                                  \
     template void encodeRecord(Writer&, const DailyReport&, DateCoding);                           \
-    template void encodeRecord(Writer&, const PersistedState&, DateCoding);
+    template void encodeRecord(Writer&, const PersistedStateView&, DateCoding);
 DAYWYN_INSTANTIATE(PrettyJsonWriter)
 DAYWYN_INSTANTIATE(CompactJsonWriter)
 #undef DAYWYN_INSTANTIATE
 
-std::string encodeStateFile(const PersistedState& state) {
+std::string encodeStateFile(const PersistedStateView& state) {
     JsonBuffer buffer;
     PrettyJsonWriter writer(buffer);
     useTwoSpaceIndent(writer);

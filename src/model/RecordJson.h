@@ -29,7 +29,7 @@ void encodeRecord(Writer& w, const DailyTaskSummary& summary);
 template <typename Writer>
 void encodeRecord(Writer& w, const DailyReport& report, DateCoding dates);
 template <typename Writer>
-void encodeRecord(Writer& w, const PersistedState& state, DateCoding dates);
+void encodeRecord(Writer& w, const PersistedStateView& state, DateCoding dates);
 
 // Decoding is strict for tasks and reports (a missing required key, a wrong type
 // or an unknown enumeration value fails the record) and lenient field by field for
@@ -45,7 +45,7 @@ Result<DailyReport> decodeDailyReport(const rapidjson::Value& v, DateCoding date
 Result<PersistedState> decodePersistedState(const rapidjson::Value& v, DateCoding dates);
 
 // A whole state as the state file writes it: pretty, sorted keys, ISO dates.
-std::string encodeStateFile(const PersistedState& state);
+std::string encodeStateFile(const PersistedStateView& state);
 // One task as a single line of JSON with ISO dates (the command line's --json).
 std::string encodeTaskLine(const TaskItem& task);
 

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "model/TaskItem.h"
+
+#include <vector>
+
+namespace daywyn {
+
+// The drawer's section identifiers.
+enum class TaskSectionKind { priority, carryOver, today, upcoming, completed };
+
+// The tasks of one displayed day in the drawer's five sections, each in display
+// order. The entries point into the store's task list and stay valid until the
+// store's next change.
+struct TaskDaySections {
+    std::vector<const TaskItem*> priorities;
+    std::vector<const TaskItem*> today;
+    std::vector<const TaskItem*> carryOver;
+    std::vector<const TaskItem*> upcoming;
+    std::vector<const TaskItem*> completedToday;
+};
+
+} // namespace daywyn

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "base/Result.h"
+#include "model/PersistedState.h"
+
+#include <optional>
+
+namespace daywyn {
+
+// Where the store keeps the user's data between runs.
+class TaskRepository {
+public:
+    virtual ~TaskRepository() = default;
+
+    // Nothing stored yet: an empty optional. A stored state: that state. Stored but
+    // unusable: an Error whose message is the sentence to show the user.
+    virtual Result<std::optional<PersistedState>> load() = 0;
+
+    // Writes the whole state. On failure the previously saved state stays intact and
+    // the Error carries the system's reason.
+    virtual Status save(const PersistedStateView& state) = 0;
+};
+
+} // namespace daywyn
