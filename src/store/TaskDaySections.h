@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Calendar.h"
+#include "base/Instant.h"
 #include "model/TaskItem.h"
 
 #include <vector>
@@ -19,5 +21,11 @@ struct TaskDaySections {
     std::vector<const TaskItem*> upcoming;
     std::vector<const TaskItem*> completedToday;
 };
+
+// Groups the tasks into the sections of the day that contains `at`, in one pass.
+// TodayTaskStore::taskSections is this over the store's tasks; rules that look at a
+// task list of their own (reminders, reports) call it directly.
+TaskDaySections makeTaskSections(const std::vector<TaskItem>& tasks, Instant at,
+                                 const Calendar& calendar);
 
 } // namespace daywyn
