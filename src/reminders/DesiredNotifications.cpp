@@ -244,6 +244,8 @@ DesiredNotifications desiredNotifications(const std::vector<TaskItem>& tasks,
                                           const AppPreferences& preferences, Instant now,
                                           const Calendar& calendar) {
     Planner planner(preferences, now);
+    // About one request per open task plus the day's nudges, without regrowing.
+    planner.result.requests.reserve(tasks.size() + 64);
     for (const auto& task : tasks) {
         if (!task.isComplete) {
             planner.planTask(task);

@@ -7,10 +7,11 @@ namespace daywyn {
 
 NotificationChanges reconcileNotifications(DesiredNotifications desired,
                                            const std::vector<std::string>& pendingIdentifiers) {
-    std::unordered_set<std::string_view> pending(pendingIdentifiers.begin(),
-                                                 pendingIdentifiers.end());
+    std::unordered_set<std::string_view> pending;
+    pending.reserve(pendingIdentifiers.size());
+    pending.insert(pendingIdentifiers.begin(), pendingIdentifiers.end());
     std::unordered_set<std::string_view> wanted;
-    wanted.reserve(desired.requests.size() + desired.keptIdentifiers.size());
+    wanted.reserve(desired.requests.size() + desired.keptIdentifiers.size() + 1);
 
     std::vector<std::size_t> added;
     for (std::size_t i = 0; i < desired.requests.size(); ++i) {
