@@ -2,131 +2,73 @@
 
 #include <gtest/gtest.h>
 
-#include "base/DoubleText.h"
 #include "support/TaskBuilder.h"
 
 namespace daywyn {
 namespace {
 
-using test::at;
 using test::TaskBuilder;
 
-const Calendar& ny() {
-    static const Calendar calendar = test::newYork();
-    return calendar;
+const Calendar kNy = test::newYork();
+// Friday 20 November 2026, 09:00 in New York (1795183200 seconds since 1970).
+const Instant kNow = test::at(kNy, 2026, 11, 20, 9);
+
+CalendarEventItem event(std::string id, Instant start, bool allDay = false) {
+    return {id, "eid", "cal", "Work", "#FF6842", "Standup", start, start + 1800, allDay, {}};
 }
 
-// Friday 20 November 2026, 09:00 in New York.
-const Instant kNow = at(ny(), 2026, 11, 20, 9);
-
-CalendarEventItem event(std::string id, std::string title, Instant start, bool allDay = false) {
-    CalendarEventItem e;
-    e.id = std::move(id);
-    e.title = std::move(title);
-    e.start = start;
-    e.end = start + 1800;
-    e.isAllDay = allDay;
-    return e;
+std::vector<DrawerReminder> candidates(const std::vector<TaskItem>& tasks,
+                                       const std::vector<CalendarEventItem>& events = {}) {
+    return DrawerReminderPlanner::candidates(tasks, events, kNow, kNy);
 }
 
 TEST(DrawerReminderPlanner, TaskDatesAreDueForFiveMinutes) {
-    struct Case {
-        const char* name;
-        double offset; // seconds from now to the start
-        bool due;
-    };
-    const Case cases[] = {
-        {"starting exactly now", 0, true},
-        {"300 s ago", -300, true},
-        {"301 s ago", -301, false},
-        {"one second ahead", 1, false},
-        {"a fraction past the limit", -300.5, false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const TaskItem task = TaskBuilder("Stretch").startingAt(kNow + c.offset);
-        const auto due = DrawerReminderPlanner::candidates({task}, {}, kNow, ny());
-        EXPECT_EQ(due.size(), c.due ? 1u : 0u);
+    const std::pair<double, bool> cases[] = {
+        {0, true}, {-300, true}, {-301, false}, {-300.5, false}, {1, false}};
+    for (const auto& [offset, due] : cases) {
+        SCOPED_TRACE(offset);
+        EXPECT_EQ(candidates({TaskBuilder().startingAt(kNow + offset)}).size(), due ? 1u : 0u);
+        EXPECT_EQ(candidates({TaskBuilder().reminder(kNow + offset)}).size(), due ? 1u : 0u);
     }
 }
 
-TEST(DrawerReminderPlanner, StartAndReminderMakeTwoRemindersKeyedByTheirDates) {
-    // given a task with both dates inside the window
-    const Instant start = kNow - 60.25;
-    const TaskItem task = TaskBuilder("Stretch").startingAt(start).reminder(kNow - 120);
-    // when
-    const auto due = DrawerReminderPlanner::candidates({task}, {}, kNow, ny());
-    // then oldest first
-    ASSERT_EQ(due.size(), 2u);
-    EXPECT_EQ(due[0], (DrawerReminder{"reminder:" + task.id.text() + ":1795183080.0",
-                                      "A task to remember", "Stretch", kNow - 120}));
-    EXPECT_EQ(due[1],
-              (DrawerReminder{"task:" + task.id.text() + ":" + shortestDoubleText(start.seconds),
-                              "Time for your task", "Stretch", start}));
-    EXPECT_EQ(due[1].id, "task:" + task.id.text() + ":1795183139.75");
-}
-
 TEST(DrawerReminderPlanner, EventsAreDueFiveMinutesBeforeTheyStart) {
-    struct Case {
-        const char* name;
-        CalendarEventItem event;
-        bool due;
-    };
-    const Case cases[] = {
-        {"in exactly five minutes", event("e1", "Standup", kNow + 300), true},
-        {"in one minute", event("e2", "Standup", kNow + 60), true},
-        {"in six minutes", event("e3", "Standup", kNow + 360), false},
-        {"starting now", event("e4", "Standup", kNow), false},
-        {"already started", event("e5", "Standup", kNow - 60), false},
-        {"all day", event("e6", "Holiday", kNow + 120, true), false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const auto due = DrawerReminderPlanner::candidates({}, {c.event}, kNow, ny());
-        ASSERT_EQ(due.size(), c.due ? 1u : 0u);
-        if (c.due) {
-            EXPECT_EQ(due[0].id, "event:" + c.event.id);
-            EXPECT_EQ(due[0].title, "Your calendar event starts soon");
-            EXPECT_EQ(due[0].due, c.event.start - 300);
+    const std::pair<CalendarEventItem, bool> cases[] = {
+        {event("in 5 min", kNow + 300), true},  {event("in 1 min", kNow + 60), true},
+        {event("in 6 min", kNow + 360), false}, {event("now", kNow), false},
+        {event("started", kNow - 60), false},   {event("all day", kNow + 120, true), false}};
+    for (const auto& [e, due] : cases) {
+        SCOPED_TRACE(e.id);
+        const auto out = candidates({}, {e});
+        ASSERT_EQ(out.size(), due ? 1u : 0u);
+        if (due) {
+            EXPECT_EQ(out[0].id, "event:" + e.id);
+            EXPECT_EQ(out[0].due, e.start - 300);
         }
     }
 }
 
-TEST(DrawerReminderPlanner, EventDetailShowsTheStartTimeInTheCalendarsZone) {
-    const auto standup = event("e1", "Standup", at(ny(), 2026, 11, 20, 9, 4));
-    const auto due = DrawerReminderPlanner::candidates({}, {standup}, kNow, ny());
-    ASSERT_EQ(due.size(), 1u);
-    EXPECT_EQ(due[0].detail, "Standup · 9:04\u202FAM");
-
-    const Calendar berlin = test::berlin();
-    const auto review = event("e2", "Review", at(berlin, 2026, 11, 20, 15, 4));
-    const auto inBerlin =
-        DrawerReminderPlanner::candidates({}, {review}, at(berlin, 2026, 11, 20, 15), berlin);
-    ASSERT_EQ(inBerlin.size(), 1u);
-    EXPECT_EQ(inBerlin[0].detail, "Review · 15:04");
-}
-
-TEST(DrawerReminderPlanner, CompletedTasksAndEmptyInputsYieldNothing) {
-    const TaskItem done = TaskBuilder("Done").startingAt(kNow).reminder(kNow).completedAt(kNow);
-    EXPECT_TRUE(DrawerReminderPlanner::candidates({done}, {}, kNow, ny()).empty());
-    EXPECT_TRUE(DrawerReminderPlanner::candidates({}, {}, kNow, ny()).empty());
-}
-
-TEST(DrawerReminderPlanner, EqualDuesKeepTasksInListOrderBeforeEvents) {
-    // given two tasks and an event all due at the same moment, and an older task
-    const Instant due = kNow - 30;
-    const TaskItem first = TaskBuilder("First").startingAt(due);
+TEST(DrawerReminderPlanner, RemindersCarryTheirDatesAndComeOldestFirst) {
+    // given two tasks due together, one with an older reminder too, an event due
+    // with them, and a completed task
+    const Instant due = kNow - 60.25;
+    const TaskItem first = TaskBuilder("First").startingAt(due).reminder(kNow - 120);
     const TaskItem second = TaskBuilder("Second").startingAt(due);
-    const TaskItem older = TaskBuilder("Older").startingAt(due - 100);
+    const TaskItem done = TaskBuilder("Done").startingAt(kNow).completedAt(kNow);
     // when
-    const auto out = DrawerReminderPlanner::candidates(
-        {first, second, older}, {event("e1", "Standup", due + 300)}, kNow, ny());
+    const auto out = candidates({done, second, first}, {event("ev-1", kNow + 239.75)});
     // then
+    const std::string firstId = first.id.text();
     ASSERT_EQ(out.size(), 4u);
-    EXPECT_EQ(out[0].detail, "Older");
-    EXPECT_EQ(out[1].detail, "First");
-    EXPECT_EQ(out[2].detail, "Second");
-    EXPECT_EQ(out[3].id, "event:e1");
+    EXPECT_EQ(out[0], (DrawerReminder{"reminder:" + firstId + ":1795183080.0", "A task to remember",
+                                      "First", kNow - 120}));
+    EXPECT_EQ(out[1], (DrawerReminder{"task:" + second.id.text() + ":1795183139.75",
+                                      "Time for your task", "Second", due}));
+    EXPECT_EQ(out[2].id, "task:" + firstId + ":1795183139.75");
+    EXPECT_EQ(out[3].id, "event:ev-1");
+    EXPECT_EQ(out[3].title, "Your calendar event starts soon");
+    EXPECT_EQ(out[3].detail, "Standup · 9:03\u202FAM");
+    EXPECT_TRUE(candidates({}, {}).empty());
 }
 
 } // namespace
