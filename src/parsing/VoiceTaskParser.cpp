@@ -64,8 +64,8 @@ std::vector<VoiceTaskCandidate> VoiceTaskParser::candidates(std::string_view tra
         if (text.isEmpty()) {
             continue;
         }
-        // The day and time go first, so the ordinal is looked for in what remains
-        // ("tomorrow first call Sam" still loses "first").
+        // The day and time go first and the ordinal is looked for in what remains, so
+        // "then at 9" leaves only "then " and the piece is dropped with its time.
         const TaskDateMatch date = TaskDateParser::parse(text, now, calendar);
         extractFirstMatch(leadingOrdinalPattern(), text);
         text = trimmedOfWhitespaceAndPunctuation(text);
