@@ -1,5 +1,13 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
 #include "base/Calendar.h"
 #include "base/Instant.h"
 #include "base/Uuid.h"
@@ -10,14 +18,6 @@
 #include "model/VoiceTaskCandidate.h"
 #include "store/TaskDaySections.h"
 #include "store/TaskRepository.h"
-
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <variant>
-#include <vector>
 
 namespace daywyn {
 
@@ -34,7 +34,8 @@ public:
     using Observer = std::function<void()>;
     using ObserverId = std::uint64_t;
 
-    // Loads through the repository (none: an in-memory store that never saves).
+    // Loads through the repository (none: an in-memory store that starts empty and
+    // never saves).
     // Nothing stored: the first-run sample tasks, saved at once. A stored state: its
     // priorities and timers repaired at `now`, saved at once. A load error: an empty
     // store showing the error in persistenceError, saving nothing until a change.
@@ -86,9 +87,13 @@ public:
     std::optional<std::string> deleteTask(const Uuid& id, Instant at);
     // Restores the last deleted task or session.
     std::optional<std::string> undoLastDeletion();
-    // Plans the task for the displayed day, keeping a start's time of day.
+    // Plans the task for the displayed day, keeping a start's time of day; its end and
+    // reminder move with the start. Without a start the task is planned for the whole
+    // day and its reminder and end move by the same number of calendar days. Either
+    // way the reminder and end bookkeeping is cleared so both are scheduled again.
     void doToday(const Uuid& id, Instant displayedDay, const Calendar& calendar);
-    // Moves the task to the day after `now`.
+    // Moves the task to the day after `now`: a start keeps its hour and minute (seconds
+    // 0) and drags its end and reminder by the same difference; otherwise as doToday.
     void carryForward(const Uuid& id, Instant now, const Calendar& calendar);
     void updatePreferences(const std::function<void(AppPreferences&)>& change);
 
