@@ -58,8 +58,8 @@ TEST(Recurrence, TheNextCopyIsDueAfterTheCompletionAndKeepsItsShape) {
          TaskBuilder().repeating(TaskRecurrence::weekdays).startingAt(t(2021, 6, 7, 8)),
          t(2026, 3, 7, 12), t(2026, 3, 9, 8)},
         {"daily anchored years back",
-         TaskBuilder().repeating(TaskRecurrence::daily).plannedFor(t(2019, 1, 1)),
-         t(2026, 3, 29, 12), t(2026, 3, 30)},
+         TaskBuilder().repeating(TaskRecurrence::daily).startingAt(t(2019, 1, 1, 20)),
+         t(2026, 3, 29, 12), t(2026, 3, 29, 20)},
         {"weekly without a plan", TaskBuilder().repeating(TaskRecurrence::weekly),
          t(2026, 3, 5, 10), t(2026, 3, 12)},
     };
