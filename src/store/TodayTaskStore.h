@@ -76,6 +76,7 @@ public:
     // Replaces the task's editable fields from the draft (nothing when it is invalid)
     // and resets the notification bookkeeping of a changed reminder, end or estimate.
     void updateTask(const Uuid& id, const TaskDraft& draft, const Calendar& calendar);
+    // Ticks or unticks one checklist item.
     void toggleChecklistItem(const Uuid& taskID, const Uuid& itemID);
     // Completes an open task: stops its timer, unpins it, repeats it if it repeats.
     void completeTask(const Uuid& id, Instant at, const Calendar& calendar);
@@ -95,6 +96,7 @@ public:
     // Moves the task to the day after `now`: a start keeps its hour and minute (seconds
     // 0) and drags its end and reminder by the same difference; otherwise as doToday.
     void carryForward(const Uuid& id, Instant now, const Calendar& calendar);
+    // Applies the change to a copy of the preferences, then stores and saves it.
     void updatePreferences(const std::function<void(AppPreferences&)>& change);
 
     // ---- timer and sessions ----
@@ -103,12 +105,16 @@ public:
     // Pushes the scheduled end later by whole minutes, from now when it has passed.
     void extendScheduledEnd(const Uuid& id, long long minutes, Instant now,
                             const Calendar& calendar);
+    // Records a finished span by hand; one that does not end after it starts is refused.
     void addSession(const Uuid& taskID, const SessionDraft& draft);
+    // Moves a recorded session to the draft's start and end.
     void updateSession(const Uuid& sessionID, const Uuid& taskID, const SessionDraft& draft);
     // Removes a session with one level of undo.
     std::optional<std::string> deleteSession(const Uuid& sessionID, const Uuid& taskID);
 
     // ---- notification bookkeeping ----
+    // Remember what the notification scheduler has already scheduled, so it is not
+    // scheduled twice.
     void markBudgetAlertScheduled(BudgetAlertKind kind, const Uuid& taskID);
     void markTaskReminderScheduled(const Uuid& taskID, Instant date);
     void markOverdueEndScheduled(const Uuid& taskID, Instant date);
@@ -118,9 +124,11 @@ public:
     std::optional<DailyReport> generateDueReportIfNeeded(Instant at, const Calendar& calendar);
 
     // ---- reading ----
+    // The task with that id, valid until the next change; null when unknown.
     const TaskItem* task(const Uuid& id) const;
     // The first task in list order whose timer runs.
     const TaskItem* activeTask() const;
+    // The number of open tasks.
     std::size_t unfinishedTaskCount() const;
     // Completed tasks, newest first by completion (creation when never completed).
     std::vector<const TaskItem*> completedTaskHistory() const;
