@@ -186,8 +186,7 @@ Result<std::optional<PersistedState>> JSONTaskRepository::load() {
         return moveAside();
     }
     rapidjson::Document document;
-    document.ParseInsitu<rapidjson::kParseFullPrecisionFlag>(bytes.data());
-    if (document.HasParseError()) {
+    if (!parseJsonInPlace(bytes, document)) {
         return moveAside();
     }
     const rapidjson::Value* versionValue = findMember(document, "version");
