@@ -217,13 +217,11 @@ Result<const TaskItem*> findByPrefix(const TodayTaskStore& store, std::string_vi
     return found;
 }
 
-// The store keeps a change in memory when its save fails and reports it here.
-std::optional<std::string> saveFailureAfter(const TodayTaskStore& store,
-                                            const std::optional<std::string>& before) {
-    if (store.persistenceError() && store.persistenceError() != before) {
-        return store.persistenceError();
-    }
-    return std::nullopt;
+// Called right after an operation that saved: the store keeps a change in memory when
+// its save fails and reports it here. A successful save clears the error, so one that
+// is still present is this save's, even when an earlier save failed the same way.
+std::optional<std::string> saveFailure(const TodayTaskStore& store) {
+    return store.persistenceError();
 }
 
 // ---- verbs ----
@@ -376,9 +374,8 @@ CommandOutput runTaskVerb(TodayTaskStore& store, const std::vector<std::string>&
             return success("No timer is running.\n");
         }
         const std::string title = active->title;
-        const auto before = store.persistenceError();
         store.toggleTimer(active->id, now);
-        if (auto error = saveFailureAfter(store, before)) {
+        if (auto error = saveFailure(store)) {
             return failure(*error);
         }
         return success("Stopped " + title + ".\n");
@@ -388,7 +385,6 @@ CommandOutput runTaskVerb(TodayTaskStore& store, const std::vector<std::string>&
         return failure(found.error());
     }
     const TaskItem task = *found.value();
-    const auto before = store.persistenceError();
     std::string message;
     if (verb == "done") {
         if (task.isComplete) {
@@ -433,7 +429,7 @@ CommandOutput runTaskVerb(TodayTaskStore& store, const std::vector<std::string>&
         }
         message = "Deleted " + task.title + ".";
     }
-    if (auto error = saveFailureAfter(store, before)) {
+    if (auto error = saveFailure(store)) {
         return failure(*error);
     }
     return success(message + "\n");
@@ -510,9 +506,9 @@ CommandOutput runReport(TodayTaskStore& store, const std::vector<std::string>& a
         }
         return success(out);
     }
-    const auto before = store.persistenceError();
     const auto report = store.generateDueReportIfNeeded(now, calendar);
-    if (auto error = saveFailureAfter(store, before)) {
+    // Only a generated report was saved; without one, an older error is not this verb's.
+    if (auto error = report ? saveFailure(store) : std::nullopt) {
         return failure(*error);
     }
     if (!report) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/Json.h"
+#include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"
 
 namespace daywyn {
@@ -113,6 +114,23 @@ TEST_F(CommandLineTest, PinningAFourthPriorityIsRefused) {
     EXPECT_EQ(fourth.err, "You can pin up to three priorities. Unpin one first.\n");
     EXPECT_EQ(run({"pin", ids[1].text()}).out, "Unpinned Two.\n");
     EXPECT_EQ(run({"pin", ids[3].text()}).out, "Pinned Four as priority 2.\n");
+}
+
+TEST_F(CommandLineTest, ASaveThatFailsLikeTheOneBeforeIsStillReported) {
+    // Given a disk that is full from the start-up save on
+    auto repository = test::FakeRepository::make();
+    repository->failNextSaves(2);
+    TodayTaskStore failing{std::move(repository), now, calendar};
+    ASSERT_TRUE(failing.persistenceError().has_value());
+
+    // When a verb's own save fails for the same reason
+    const auto done =
+        runCommand(failing, {"done", failing.tasks().front().id.text()}, now, calendar);
+
+    // Then it is a failure, not "Done"
+    EXPECT_EQ(done.status, 1);
+    EXPECT_EQ(done.out, "");
+    EXPECT_EQ(done.err, "Daywyn could not save changes: No space left on device\n");
 }
 
 TEST_F(CommandLineTest, TodayListsTheSectionsAsJsonWithSortedKeys) {
