@@ -578,8 +578,11 @@ VerbAccess verbAccess(const std::vector<std::string>& args) {
     if (args.empty()) {
         return VerbAccess::reading;
     }
-    const auto has = [&args](std::string_view flag) {
-        return std::find(args.begin() + 1, args.end(), flag) != args.end();
+    // Only options before "--" count: after it every argument is a word of the text,
+    // so "add -- --help" adds a task called "--help".
+    const auto optionsEnd = std::find(args.begin() + 1, args.end(), "--");
+    const auto has = [&args, optionsEnd](std::string_view flag) {
+        return std::find(args.begin() + 1, optionsEnd, flag) != optionsEnd;
     };
     if (has("--help") || has("-h")) {
         return VerbAccess::reading;

@@ -169,6 +169,7 @@ TEST_F(CommandLineTest, UnknownVerbsAndOptionsAreUsageErrors) {
     EXPECT_EQ(verbAccess({"report"}), VerbAccess::writing);
     EXPECT_EQ(verbAccess({"frobnicate"}), VerbAccess::reading);
     EXPECT_EQ(verbAccess({"delete", "--help"}), VerbAccess::reading);
+    EXPECT_EQ(verbAccess({"add", "--", "--help"}), VerbAccess::writing);
 }
 
 TEST_F(CommandLineTest, ReportSaysWhenNothingIsDue) {
