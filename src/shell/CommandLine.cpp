@@ -591,7 +591,11 @@ VerbAccess verbAccess(const std::vector<std::string>& args) {
     if (verb == "report") {
         return has("--list") ? VerbAccess::reading : VerbAccess::writing;
     }
-    for (const char* writing : {"add", "done", "reopen", "start", "stop", "pin", "delete"}) {
+    // A dry run saves nothing, so it must not take the lock or create the file either.
+    if (verb == "add") {
+        return has("--dry-run") ? VerbAccess::reading : VerbAccess::writing;
+    }
+    for (const char* writing : {"done", "reopen", "start", "stop", "pin", "delete"}) {
         if (verb == writing) {
             return VerbAccess::writing;
         }

@@ -153,6 +153,7 @@ TEST_F(DaywynCommand, ReadingVerbsNeverCreateTheStateFile) {
     EXPECT_TRUE(parseJson(today.out).ok());
     EXPECT_EQ(daywyn({"split", "water plants; email Sam"}).out, "1. Water plants\n2. Email Sam\n");
     EXPECT_EQ(daywyn({"report", "--list"}).status, 0);
+    EXPECT_EQ(daywyn({"add", "--dry-run", "Stretch at 7:30pm"}).out.find("Would add Stretch"), 0u);
     EXPECT_FALSE(fs::exists(stateFile));
     EXPECT_EQ(daywyn({"--version"}).out.find("Daywyn "), 0u);
     EXPECT_EQ(daywyn({"launch-rockets"}).status, 2);
