@@ -110,6 +110,12 @@ struct Arguments {
     }
 };
 
+// "-x" and "--name" are options; "-5 push-ups", "- buy milk" and "-" are text.
+bool looksLikeOption(const std::string& a) {
+    return a.size() > 1 && a[0] == '-' &&
+           (a[1] == '-' || std::isalpha(static_cast<unsigned char>(a[1])));
+}
+
 Arguments splitArguments(const std::vector<std::string>& args,
                          std::initializer_list<std::string_view> known) {
     Arguments parsed;
@@ -118,8 +124,7 @@ Arguments splitArguments(const std::vector<std::string>& args,
         const std::string& a = args[i];
         if (!onlyWords && a == "--") {
             onlyWords = true;
-        } else if (!onlyWords && a.size() > 1 && a[0] == '-' &&
-                   !(a.size() > 1 && std::isdigit(static_cast<unsigned char>(a[1])))) {
+        } else if (!onlyWords && looksLikeOption(a)) {
             if (std::find(known.begin(), known.end(), a) != known.end()) {
                 parsed.flags.push_back(a);
             } else if (!parsed.unknownFlag) {

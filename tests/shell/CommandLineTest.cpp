@@ -36,6 +36,13 @@ TEST_F(CommandLineTest, AddTakesDayTimeAndEstimateOutOfTheText) {
     const TaskItem& task = store.tasks().back();
     EXPECT_EQ(task.scheduledStart, at(calendar, 2026, 3, 5, 10));
     EXPECT_EQ(task.estimatedMinutes, 20);
+
+    // A word that merely starts with "-" is text, not an unknown option.
+    for (const char* text : {"-5 push-ups", "- buy oat milk"}) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(run({"add", text}).status, 0);
+        EXPECT_EQ(store.tasks().back().title, text);
+    }
 }
 
 TEST_F(CommandLineTest, AddRefusesAnEmptyTitleAndDryRunSavesNothing) {
