@@ -151,6 +151,8 @@ TEST_F(DaywynCommand, ReadingVerbsNeverCreateTheStateFile) {
     const auto today = daywyn({"today", "--json"});
     EXPECT_EQ(today.status, 0);
     EXPECT_TRUE(parseJson(today.out).ok());
+    // No made-up tasks whose ids no later verb would know.
+    EXPECT_NE(daywyn({"today"}).out.find("Nothing planned for today."), std::string::npos);
     EXPECT_EQ(daywyn({"split", "water plants; email Sam"}).out, "1. Water plants\n2. Email Sam\n");
     EXPECT_EQ(daywyn({"report", "--list"}).status, 0);
     EXPECT_EQ(daywyn({"add", "--dry-run", "Stretch at 7:30pm"}).out.find("Would add Stretch"), 0u);
