@@ -421,6 +421,10 @@ CommandOutput runTaskVerb(TodayTaskStore& store, const std::vector<std::string>&
         store.toggleTimer(task.id, now);
         message = "Stopped " + task.title + ".";
     } else if (verb == "pin") {
+        // Say why a completed task cannot be pinned; the store only says it is unavailable.
+        if (task.isComplete) {
+            return failure(task.title + " is completed; reopen it before pinning it.");
+        }
         if (auto error = store.togglePriority(task.id)) {
             return failure(*error);
         }

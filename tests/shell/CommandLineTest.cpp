@@ -121,6 +121,8 @@ TEST_F(CommandLineTest, PinningAFourthPriorityIsRefused) {
     EXPECT_EQ(fourth.err, "You can pin up to three priorities. Unpin one first.\n");
     EXPECT_EQ(run({"pin", ids[1].text()}).out, "Unpinned Two.\n");
     EXPECT_EQ(run({"pin", ids[3].text()}).out, "Pinned Four as priority 2.\n");
+    run({"done", ids[1].text()});
+    EXPECT_EQ(run({"pin", ids[1].text()}).err, "Two is completed; reopen it before pinning it.\n");
 }
 
 TEST_F(CommandLineTest, ASaveThatFailsLikeTheOneBeforeIsStillReported) {
