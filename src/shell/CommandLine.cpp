@@ -116,8 +116,25 @@ bool looksLikeOption(const std::string& a) {
            (a[1] == '-' || std::isalpha(static_cast<unsigned char>(a[1])));
 }
 
-Arguments splitArguments(const std::vector<std::string>& args,
-                         std::initializer_list<std::string_view> known) {
+// The options each verb knows.
+std::vector<std::string_view> optionsOf(std::string_view verb) {
+    if (verb == "add") {
+        return {"--dry-run", "--json"};
+    }
+    if (verb == "today" || verb == "split") {
+        return {"--json"};
+    }
+    if (verb == "export") {
+        return {"--json", "--csv"};
+    }
+    if (verb == "report") {
+        return {"--list", "--json"};
+    }
+    return {};
+}
+
+Arguments splitArguments(const std::vector<std::string>& args) {
+    const std::vector<std::string_view> known = optionsOf(args[0]);
     Arguments parsed;
     bool onlyWords = false;
     for (std::size_t i = 1; i < args.size(); ++i) {
@@ -135,6 +152,31 @@ Arguments splitArguments(const std::vector<std::string>& args,
         }
     }
     return parsed;
+}
+
+// What is wrong with a known verb's arguments, if anything. Checked before the store
+// is opened, so that a mistyped command never takes the lock or touches the file.
+std::optional<CommandOutput> usageProblem(const std::vector<std::string>& args) {
+    const std::string& verb = args[0];
+    const Arguments a = splitArguments(args);
+    if (a.unknownFlag) {
+        return usageError(verb, "Unknown option " + *a.unknownFlag + ".");
+    }
+    if ((verb == "today" || verb == "report") && !a.words.empty()) {
+        return usageError(verb, "It takes no words.");
+    }
+    if (verb == "export" && (a.has("--json") == a.has("--csv") || a.words.size() != 1)) {
+        return usageError(verb, "Give either --json or --csv, and one file path.");
+    }
+    const bool taskVerb = verb == "done" || verb == "reopen" || verb == "start" || verb == "stop" ||
+                          verb == "pin" || verb == "delete";
+    if (taskVerb && a.words.size() > 1) {
+        return usageError(verb, "It takes one task id.");
+    }
+    if (taskVerb && a.words.empty() && verb != "stop") {
+        return usageError(verb, "Give the start of a task id (see 'daywyn today').");
+    }
+    return std::nullopt;
 }
 
 std::string joined(const std::vector<std::string>& words) {
@@ -233,10 +275,7 @@ std::optional<std::string> saveFailure(const TodayTaskStore& store) {
 
 CommandOutput runAdd(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
                      const Calendar& calendar) {
-    const Arguments a = splitArguments(args, {"--dry-run", "--json"});
-    if (a.unknownFlag) {
-        return usageError("add", "Unknown option " + *a.unknownFlag + ".");
-    }
+    const Arguments a = splitArguments(args);
     const TaskDraft draft = QuickTaskParser::draft(joined(a.words), now, calendar);
     if (auto message = draft.validationMessage()) {
         return failure(*message);
@@ -309,11 +348,7 @@ void appendTaskLine(std::string& out, const TaskItem& task, Instant now, const C
 
 CommandOutput runToday(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
                        const Calendar& calendar) {
-    const Arguments a = splitArguments(args, {"--json"});
-    if (a.unknownFlag || !a.words.empty()) {
-        return usageError("today", a.unknownFlag ? "Unknown option " + *a.unknownFlag + "."
-                                                 : std::string("It takes no words."));
-    }
+    const Arguments a = splitArguments(args);
     const TaskDaySections sections = store.taskSections(now, calendar);
     const std::pair<const char*, const std::vector<const TaskItem*>*> lists[] = {
         {"priorities", &sections.priorities},
@@ -363,17 +398,8 @@ CommandOutput runToday(TodayTaskStore& store, const std::vector<std::string>& ar
 CommandOutput runTaskVerb(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
                           const Calendar& calendar) {
     const std::string& verb = args[0];
-    const Arguments a = splitArguments(args, {});
-    if (a.unknownFlag) {
-        return usageError(verb, "Unknown option " + *a.unknownFlag + ".");
-    }
-    if (a.words.size() > 1) {
-        return usageError(verb, "It takes one task id.");
-    }
-    if (a.words.empty()) {
-        if (verb != "stop") {
-            return usageError(verb, "Give the start of a task id (see 'daywyn today').");
-        }
+    const Arguments a = splitArguments(args);
+    if (a.words.empty()) { // only "stop" may leave the task out
         const TaskItem* active = store.activeTask();
         if (!active) {
             return success("No timer is running.\n");
@@ -445,13 +471,7 @@ CommandOutput runTaskVerb(TodayTaskStore& store, const std::vector<std::string>&
 }
 
 CommandOutput runExport(TodayTaskStore& store, const std::vector<std::string>& args, Instant now) {
-    const Arguments a = splitArguments(args, {"--json", "--csv"});
-    if (a.unknownFlag) {
-        return usageError("export", "Unknown option " + *a.unknownFlag + ".");
-    }
-    if (a.has("--json") == a.has("--csv") || a.words.size() != 1) {
-        return usageError("export", "Give either --json or --csv, and one file path.");
-    }
+    const Arguments a = splitArguments(args);
     const TaskDataExport data{1, now, store.tasks(), store.reports()};
     const std::string bytes = a.has("--csv") ? data.csv() : data.json();
     const std::string& path = a.words[0];
@@ -495,11 +515,7 @@ std::string reportsJson(const std::vector<DailyReport>& reports) {
 
 CommandOutput runReport(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
                         const Calendar& calendar) {
-    const Arguments a = splitArguments(args, {"--list", "--json"});
-    if (a.unknownFlag || !a.words.empty()) {
-        return usageError("report", a.unknownFlag ? "Unknown option " + *a.unknownFlag + "."
-                                                  : std::string("It takes no words."));
-    }
+    const Arguments a = splitArguments(args);
     if (a.has("--list")) {
         if (a.has("--json")) {
             return success(reportsJson(store.reports()));
@@ -536,10 +552,7 @@ CommandOutput runReport(TodayTaskStore& store, const std::vector<std::string>& a
 
 CommandOutput runSplit(const std::vector<std::string>& args, Instant now,
                        const Calendar& calendar) {
-    const Arguments a = splitArguments(args, {"--json"});
-    if (a.unknownFlag) {
-        return usageError("split", "Unknown option " + *a.unknownFlag + ".");
-    }
+    const Arguments a = splitArguments(args);
     const auto candidates = VoiceTaskParser::candidates(joined(a.words), now, calendar);
     if (a.has("--json")) {
         JsonBuffer buffer;
@@ -637,11 +650,11 @@ std::optional<CommandOutput> checkWithoutStore(const std::vector<std::string>& a
             return success(help);
         }
     }
+    if (auto problem = usageProblem(args)) {
+        return problem;
+    }
     if (verb == "add") {
-        const Arguments a = splitArguments(args, {"--dry-run", "--json"});
-        if (a.unknownFlag) {
-            return usageError("add", "Unknown option " + *a.unknownFlag + ".");
-        }
+        const Arguments a = splitArguments(args);
         if (auto message =
                 QuickTaskParser::draft(joined(a.words), now, calendar).validationMessage()) {
             return failure(*message);

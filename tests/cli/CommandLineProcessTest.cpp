@@ -59,11 +59,13 @@ TEST_F(DaywynCommand, AddSavesTheTaskAndSaysWhatItRecognised) {
               fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(DaywynCommand, AnEmptyTitleIsRefusedAndNothingIsWritten) {
+TEST_F(DaywynCommand, RefusedCommandsWriteNothing) {
     const auto result = daywyn({"add", "tomorrow at 9"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "Give the task a title.\n");
     EXPECT_TRUE(result.out.empty());
+    EXPECT_EQ(daywyn({"done"}).status, 2);
+    EXPECT_EQ(daywyn({"delete", "--force", "ab"}).status, 2);
     EXPECT_FALSE(fs::exists(stateFile));
 
     ASSERT_EQ(daywyn({"add", "First"}).status, 0);
