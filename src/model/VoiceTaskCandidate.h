@@ -1,10 +1,10 @@
 #pragma once
 
-#include "base/Instant.h"
-#include "base/Uuid.h"
-
 #include <optional>
 #include <string>
+
+#include "base/Instant.h"
+#include "base/Uuid.h"
 
 namespace daywyn {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "base/Calendar.h"
-#include "base/Instant.h"
-#include "store/TodayTaskStore.h"
-
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "base/Calendar.h"
+#include "base/Instant.h"
+#include "store/TodayTaskStore.h"
 
 namespace daywyn {
 

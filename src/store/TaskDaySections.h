@@ -1,10 +1,10 @@
 #pragma once
 
+#include <vector>
+
 #include "base/Calendar.h"
 #include "base/Instant.h"
 #include "model/TaskItem.h"
-
-#include <vector>
 
 namespace daywyn {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <optional>
+
 #include "base/Result.h"
 #include "model/PersistedState.h"
-
-#include <optional>
 
 namespace daywyn {
 

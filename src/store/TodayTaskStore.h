@@ -1,5 +1,13 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
 #include "base/Calendar.h"
 #include "base/Instant.h"
 #include "base/Uuid.h"
@@ -10,14 +18,6 @@
 #include "model/VoiceTaskCandidate.h"
 #include "store/TaskDaySections.h"
 #include "store/TaskRepository.h"
-
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <variant>
-#include <vector>
 
 namespace daywyn {
 
@@ -34,7 +34,8 @@ public:
     using Observer = std::function<void()>;
     using ObserverId = std::uint64_t;
 
-    // Loads through the repository (none: an in-memory store that never saves).
+    // Loads through the repository (none: an in-memory store that starts empty and
+    // never saves).
     // Nothing stored: the first-run sample tasks, saved at once. A stored state: its
     // priorities and timers repaired at `now`, saved at once. A load error: an empty
     // store showing the error in persistenceError, saving nothing until a change.
@@ -75,6 +76,7 @@ public:
     // Replaces the task's editable fields from the draft (nothing when it is invalid)
     // and resets the notification bookkeeping of a changed reminder, end or estimate.
     void updateTask(const Uuid& id, const TaskDraft& draft, const Calendar& calendar);
+    // Ticks or unticks one checklist item.
     void toggleChecklistItem(const Uuid& taskID, const Uuid& itemID);
     // Completes an open task: stops its timer, unpins it, repeats it if it repeats.
     void completeTask(const Uuid& id, Instant at, const Calendar& calendar);
@@ -86,10 +88,15 @@ public:
     std::optional<std::string> deleteTask(const Uuid& id, Instant at);
     // Restores the last deleted task or session.
     std::optional<std::string> undoLastDeletion();
-    // Plans the task for the displayed day, keeping a start's time of day.
+    // Plans the task for the displayed day, keeping a start's time of day; its end and
+    // reminder move with the start. Without a start the task is planned for the whole
+    // day and its reminder and end move by the same number of calendar days. Either
+    // way the reminder and end bookkeeping is cleared so both are scheduled again.
     void doToday(const Uuid& id, Instant displayedDay, const Calendar& calendar);
-    // Moves the task to the day after `now`.
+    // Moves the task to the day after `now`: a start keeps its hour and minute (seconds
+    // 0) and drags its end and reminder by the same difference; otherwise as doToday.
     void carryForward(const Uuid& id, Instant now, const Calendar& calendar);
+    // Applies the change to a copy of the preferences, then stores and saves it.
     void updatePreferences(const std::function<void(AppPreferences&)>& change);
 
     // ---- timer and sessions ----
@@ -98,12 +105,16 @@ public:
     // Pushes the scheduled end later by whole minutes, from now when it has passed.
     void extendScheduledEnd(const Uuid& id, long long minutes, Instant now,
                             const Calendar& calendar);
+    // Records a finished span by hand; one that does not end after it starts is refused.
     void addSession(const Uuid& taskID, const SessionDraft& draft);
+    // Moves a recorded session to the draft's start and end.
     void updateSession(const Uuid& sessionID, const Uuid& taskID, const SessionDraft& draft);
     // Removes a session with one level of undo.
     std::optional<std::string> deleteSession(const Uuid& sessionID, const Uuid& taskID);
 
     // ---- notification bookkeeping ----
+    // Remember what the notification scheduler has already scheduled, so it is not
+    // scheduled twice.
     void markBudgetAlertScheduled(BudgetAlertKind kind, const Uuid& taskID);
     void markTaskReminderScheduled(const Uuid& taskID, Instant date);
     void markOverdueEndScheduled(const Uuid& taskID, Instant date);
@@ -113,9 +124,11 @@ public:
     std::optional<DailyReport> generateDueReportIfNeeded(Instant at, const Calendar& calendar);
 
     // ---- reading ----
+    // The task with that id, valid until the next change; null when unknown.
     const TaskItem* task(const Uuid& id) const;
     // The first task in list order whose timer runs.
     const TaskItem* activeTask() const;
+    // The number of open tasks.
     std::size_t unfinishedTaskCount() const;
     // Completed tasks, newest first by completion (creation when never completed).
     std::vector<const TaskItem*> completedTaskHistory() const;
