@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QObject>
+
+class QMenu;
+class QSystemTrayIcon;
+
+namespace daywyn {
+
+class EdgePanelController;
+
+// Daywyn's icon in the panel's status area (a StatusNotifierItem where the desktop
+// has a watcher): Show drawer, Quick Add, Settings and Quit. Activating the icon
+// toggles the drawer.
+class TrayIcon : public QObject {
+    Q_OBJECT
+
+public:
+    explicit TrayIcon(EdgePanelController& drawer, QObject* parent = nullptr);
+    ~TrayIcon() override;
+
+    // False when the desktop has no status area; the handle is then the way in.
+    bool isAvailable() const;
+
+private:
+    QSystemTrayIcon* icon_ = nullptr;
+    QMenu* menu_ = nullptr;
+};
+
+} // namespace daywyn
