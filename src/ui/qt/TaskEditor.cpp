@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "base/Text.h"
 #include "ui/qt/DisplayFormat.h"
 
 namespace daywyn {
@@ -205,10 +206,15 @@ std::optional<QString> TaskEditor::dateTextProblem() const {
 }
 
 QString TaskEditor::validationMessage() const {
-    if (const auto message = draft_.validationMessage()) {
-        return QString::fromStdString(*message);
+    // A date that does not read as one would be judged by its last good value; say
+    // what is wrong with the text instead (a missing title still comes first).
+    const auto message = draft_.validationMessage();
+    if (!isBlank(draft_.title)) {
+        if (const auto problem = dateTextProblem()) {
+            return *problem;
+        }
     }
-    return dateTextProblem().value_or(QString());
+    return message ? QString::fromStdString(*message) : QString();
 }
 
 bool TaskEditor::save() {

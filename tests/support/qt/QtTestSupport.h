@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -10,6 +11,11 @@
 #include "base/Calendar.h"
 #include "base/Instant.h"
 #include "model/PersistedState.h"
+
+// Readable QString values in test failure messages.
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
 
 namespace daywyn::test {
 
