@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,9 +29,15 @@ enum class VerbAccess {
     writing,
 };
 
-// The access of the verb that `args` starts with; writing for unknown verbs so that
-// nothing is ever written by a process that does not hold the writer lock.
+// The access of the verb that `args` starts with. Unknown verbs count as reading: they
+// are refused as usage errors before the store is touched.
 VerbAccess verbAccess(const std::vector<std::string>& args);
+
+// The answer to a command that needs no data: help, an unknown verb, a usage error,
+// an added text without a title. Absent when the verb must run against the store.
+// Checked first so that such a command never creates or rewrites the state file.
+std::optional<CommandOutput> checkWithoutStore(const std::vector<std::string>& args, Instant now,
+                                               const Calendar& calendar);
 
 // Runs one verb (args[0]) with its arguments against a store at `now`. The same code
 // serves the command line process and the desktop app answering a forwarded verb.

@@ -1,0 +1,162 @@
+#include "shell/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+#include "base/Json.h"
+#include "support/TaskBuilder.h"
+
+namespace daywyn {
+namespace {
+
+using test::at;
+
+// A store without a repository: the verbs' own behaviour, no files.
+class CommandLineTest : public ::testing::Test {
+protected:
+    Calendar calendar = test::berlin();
+    Instant now = at(calendar, 2026, 3, 4, 8, 15);
+    TodayTaskStore store{nullptr, now, calendar};
+
+    CommandOutput run(std::vector<std::string> args) {
+        return runCommand(store, args, now, calendar);
+    }
+    Uuid add(const std::string& text) {
+        EXPECT_EQ(run({"add", text}).status, 0);
+        return store.tasks().back().id;
+    }
+};
+
+TEST_F(CommandLineTest, AddTakesDayTimeAndEstimateOutOfTheText) {
+    const auto out = run({"add", "Call", "Ama", "tomorrow", "at", "10", "for", "20", "minutes"});
+    EXPECT_EQ(out.status, 0);
+    EXPECT_EQ(out.out, "Added Call Ama to Daywyn.\n"
+                       "Recognised day tomorrow, start 10:00 and estimate 20 min.\n");
+    ASSERT_EQ(store.tasks().size(), 1u);
+    const TaskItem& task = store.tasks().back();
+    EXPECT_EQ(task.scheduledStart, at(calendar, 2026, 3, 5, 10));
+    EXPECT_EQ(task.estimatedMinutes, 20);
+}
+
+TEST_F(CommandLineTest, AddRefusesAnEmptyTitleAndDryRunSavesNothing) {
+    const auto empty = run({"add", "tomorrow at 9"});
+    EXPECT_EQ(empty.status, 1);
+    EXPECT_EQ(empty.err, "Give the task a title.\n");
+
+    const auto dry = run({"add", "--dry-run", "--json", "Stretch at 7:30pm"});
+    EXPECT_EQ(dry.status, 0);
+    EXPECT_TRUE(store.tasks().empty());
+    auto document = parseJson(dry.out);
+    ASSERT_TRUE(document.ok()) << dry.out;
+    EXPECT_STREQ(document.value()["title"].GetString(), "Stretch");
+    EXPECT_STREQ(document.value()["scheduledStart"].GetString(), "2026-03-04T18:30:00Z");
+    EXPECT_TRUE(Uuid::parse(document.value()["id"].GetString()).has_value());
+}
+
+TEST_F(CommandLineTest, TaskIdsMayBeShortenedWhileTheyStayUnambiguous) {
+    const Uuid first = add("Write report");
+    add("Pay rent");
+    const std::string prefix = first.text().substr(0, 6);
+    std::string lower = prefix;
+    for (auto& c : lower) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    EXPECT_EQ(run({"done", lower}).out, "Done: Write report.\n");
+    EXPECT_TRUE(store.task(first)->isComplete);
+
+    const auto unknown = run({"done", "zzzz"});
+    EXPECT_EQ(unknown.status, 1);
+    EXPECT_EQ(unknown.err, "No task has an id starting with \"zzzz\".\n");
+    EXPECT_EQ(run({"done"}).status, 2);
+}
+
+TEST_F(CommandLineTest, AmbiguousPrefixesAreRefused) {
+    // Sixteen tasks share at least one leading hex digit by the pigeonhole principle.
+    for (int i = 0; i < 17; ++i) {
+        add("Task " + std::to_string(i));
+    }
+    std::map<char, int> firstDigits;
+    for (const auto& t : store.tasks()) {
+        ++firstDigits[t.id.text()[0]];
+    }
+    const auto shared = std::find_if(firstDigits.begin(), firstDigits.end(),
+                                     [](const auto& entry) { return entry.second > 1; });
+    ASSERT_NE(shared, firstDigits.end());
+    const auto out = run({"delete", std::string(1, shared->first)});
+    EXPECT_EQ(out.status, 1);
+    EXPECT_NE(out.err.find("type more of it"), std::string::npos);
+    EXPECT_EQ(store.tasks().size(), 17u);
+}
+
+TEST_F(CommandLineTest, StartingATimerStopsTheOtherOne) {
+    const Uuid a = add("Draft");
+    const Uuid b = add("Review");
+    EXPECT_EQ(run({"start", a.text()}).out, "Started Draft.\n");
+    now = now + 600;
+    EXPECT_EQ(run({"start", b.text()}).out, "Stopped Draft. Started Review.\n");
+    EXPECT_FALSE(store.task(a)->isRunning());
+    EXPECT_EQ(store.task(a)->recordedDuration(), 600.0);
+    now = now + 60;
+    EXPECT_EQ(run({"stop"}).out, "Stopped Review.\n");
+    EXPECT_EQ(run({"stop"}).out, "No timer is running.\n");
+}
+
+TEST_F(CommandLineTest, PinningAFourthPriorityIsRefused) {
+    std::vector<Uuid> ids;
+    for (const char* title : {"One", "Two", "Three", "Four"}) {
+        ids.push_back(add(title));
+    }
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(run({"pin", ids[static_cast<std::size_t>(i)].text()}).status, 0);
+    }
+    const auto fourth = run({"pin", ids[3].text()});
+    EXPECT_EQ(fourth.status, 1);
+    EXPECT_EQ(fourth.err, "You can pin up to three priorities. Unpin one first.\n");
+    EXPECT_EQ(run({"pin", ids[1].text()}).out, "Unpinned Two.\n");
+    EXPECT_EQ(run({"pin", ids[3].text()}).out, "Pinned Four as priority 2.\n");
+}
+
+TEST_F(CommandLineTest, TodayListsTheSectionsAsJsonWithSortedKeys) {
+    add("Today's thing");
+    add("Later thing tomorrow");
+    const auto out = run({"today", "--json"});
+    ASSERT_EQ(out.status, 0);
+    EXPECT_EQ(out.out.find("{\"carryOver\":[],\"completedToday\":[],\"priorities\":[],"), 0u);
+    auto document = parseJson(out.out);
+    ASSERT_TRUE(document.ok());
+    EXPECT_EQ(document.value()["today"].Size(), 1u);
+    EXPECT_EQ(document.value()["upcoming"].Size(), 1u);
+
+    const auto text = run({"today"});
+    EXPECT_NE(text.out.find("Wednesday 4 March · 2 open"), std::string::npos) << text.out;
+    EXPECT_NE(text.out.find("Upcoming (1)"), std::string::npos) << text.out;
+}
+
+TEST_F(CommandLineTest, SplitShowsWhatVoiceCaptureWouldMake) {
+    const auto out = run({"split", "--json", "buy milk next task call mom tomorrow at 5pm"});
+    EXPECT_EQ(out.out, "[{\"scheduledDay\":null,\"scheduledStart\":null,\"title\":\"Buy milk\"},"
+                       "{\"scheduledDay\":\"2026-03-04T23:00:00Z\",\"scheduledStart\":"
+                       "\"2026-03-05T16:00:00Z\",\"title\":\"Call mom\"}]\n");
+    EXPECT_TRUE(store.tasks().empty());
+}
+
+TEST_F(CommandLineTest, UnknownVerbsAndOptionsAreUsageErrors) {
+    EXPECT_EQ(run({"frobnicate"}).status, 2);
+    EXPECT_EQ(run({"add", "--loud", "x"}).status, 2);
+    EXPECT_EQ(run({"export", "--json"}).status, 2);
+    const auto help = run({"add", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.out.find("Usage: daywyn add"), 0u);
+    EXPECT_EQ(verbAccess({"today"}), VerbAccess::reading);
+    EXPECT_EQ(verbAccess({"report", "--list"}), VerbAccess::reading);
+    EXPECT_EQ(verbAccess({"report"}), VerbAccess::writing);
+    EXPECT_EQ(verbAccess({"frobnicate"}), VerbAccess::reading);
+    EXPECT_EQ(verbAccess({"delete", "--help"}), VerbAccess::reading);
+}
+
+TEST_F(CommandLineTest, ReportSaysWhenNothingIsDue) {
+    EXPECT_EQ(run({"report"}).out, "No report is due.\n");
+    EXPECT_EQ(run({"report", "--list", "--json"}).out, "[]\n");
+}
+
+} // namespace
+} // namespace daywyn
