@@ -25,3 +25,23 @@ qt_add_resources(daywyn_app daywyn_qml
     PREFIX /daywyn
     BASE ${CMAKE_CURRENT_SOURCE_DIR}/ui/qml
     FILES ${DAYWYN_QML_FILES})
+
+# A D-Bus call to org.daywyn.Daywyn starts the app when it is not running (the command
+# line relies on it), and the desktop entry puts Daywyn in the application menu. Both
+# name the installed binary, so they are written at install time (the prefix may be
+# chosen then).
+include(GNUInstallDirs)
+foreach(template IN ITEMS org.daywyn.Daywyn.service daywyn.desktop)
+    if(template MATCHES "service$")
+        set(destination ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
+    else()
+        set(destination ${CMAKE_INSTALL_DATADIR}/applications)
+    endif()
+    install(CODE "
+        set(DAYWYN_INSTALLED_BINARY \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/daywyn\")
+        file(READ \"${CMAKE_CURRENT_SOURCE_DIR}/shell/install/${template}.in\" text)
+        string(CONFIGURE \"\${text}\" text @ONLY)
+        file(WRITE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${destination}/${template}\" \"\${text}\")
+        message(STATUS \"Installing: \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${destination}/${template}\")
+    ")
+endforeach()
