@@ -10,6 +10,7 @@
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QMessageBox>
+#include <QQuickItem>
 #include <QQuickView>
 #include <QSettings>
 
@@ -27,125 +28,130 @@ namespace daywyn {
 namespace {
 
 Instant wallClock() {
-  return Instant{static_cast<double>(QDateTime::currentMSecsSinceEpoch()) /
-                 1000.0};
+    return Instant{static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000.0};
 }
 
 // Asks the running instance to show its drawer; true when one answered.
-bool showRunningInstance(QDBusConnection &bus) {
-  const QDBusMessage reply = bus.call(QDBusMessage::createMethodCall(
-      QString::fromLatin1(DaywynBusService::serviceName),
-      QString::fromLatin1(DaywynBusService::objectPath),
-      QString::fromLatin1(DaywynBusService::serviceName),
-      QStringLiteral("Show")));
-  return reply.type() == QDBusMessage::ReplyMessage;
+bool showRunningInstance(QDBusConnection& bus) {
+    const QDBusMessage reply = bus.call(QDBusMessage::createMethodCall(
+        QString::fromLatin1(DaywynBusService::serviceName),
+        QString::fromLatin1(DaywynBusService::objectPath),
+        QString::fromLatin1(DaywynBusService::serviceName), QStringLiteral("Show")));
+    return reply.type() == QDBusMessage::ReplyMessage;
 }
 
-void tellUser(const QString &sentence) {
-  std::fprintf(stderr, "%s\n", sentence.toLocal8Bit().constData());
-  // Started from the menu there is no terminal to read; on a real display say
-  // it in a window too. Tests and the offscreen platform never block on a
-  // dialog.
-  if (QGuiApplication::platformName() != QLatin1String("offscreen") &&
-      qEnvironmentVariableIsEmpty("DAYWYN_HERMETIC")) {
-    QMessageBox::critical(nullptr, QStringLiteral("Daywyn"), sentence);
-  }
+void tellUser(const QString& sentence) {
+    std::fprintf(stderr, "%s\n", sentence.toLocal8Bit().constData());
+    // Started from the menu there is no terminal to read; on a real display say
+    // it in a window too. Tests and the offscreen platform never block on a
+    // dialog.
+    if (QGuiApplication::platformName() != QLatin1String("offscreen") &&
+        qEnvironmentVariableIsEmpty("DAYWYN_HERMETIC")) {
+        QMessageBox::critical(nullptr, QStringLiteral("Daywyn"), sentence);
+    }
+}
+
+// Saves the drawer as it opens to `path`, and scrolled to its end beside it
+// ("drawer.png" and "drawer-end.png"), so every section can be looked at.
+bool saveScreenshots(QQuickView& window, const QString& path) {
+    QString endPath = path;
+    endPath.insert(path.endsWith(QLatin1String(".png")) ? path.size() - 4 : path.size(),
+                   QLatin1String("-end"));
+    const QImage top = window.grabWindow();
+    QQuickItem* list = window.rootObject()->findChild<QQuickItem*>(QStringLiteral("taskList"));
+    if (list) {
+        QMetaObject::invokeMethod(list, "positionViewAtEnd");
+    }
+    const QImage end = window.grabWindow();
+    if (top.isNull() || !top.save(path) || end.isNull() || !end.save(endPath)) {
+        std::fprintf(stderr, "Daywyn could not save the screenshot to %s.\n", qPrintable(path));
+        return false;
+    }
+    return true;
 }
 
 } // namespace
 
-int runDesktopApp(int argc, char **argv) {
-  // On Wayland the drawer, the handle and the global shortcut need X11 window
-  // placement, so Daywyn runs through XWayland when it is there.
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") &&
-      !qEnvironmentVariableIsEmpty("DISPLAY")) {
-    qputenv("QT_QPA_PLATFORM", "xcb");
-  }
-  QElapsedTimer sinceLaunch;
-  sinceLaunch.start();
-  QApplication app(argc, argv);
-  QCoreApplication::setApplicationName(QStringLiteral("Daywyn"));
-  QCoreApplication::setOrganizationName(QStringLiteral("Daywyn"));
-  QCoreApplication::setApplicationVersion(QString::fromUtf8(appVersion()));
-  QGuiApplication::setDesktopFileName(QStringLiteral("daywyn"));
-  QApplication::setQuitOnLastWindowClosed(false);
-
-  // One instance per user: a second launch shows the first one's drawer and
-  // leaves.
-  QDBusConnection bus = QDBusConnection::sessionBus();
-  const QString serviceName =
-      QString::fromLatin1(DaywynBusService::serviceName);
-  if (bus.isConnected() && bus.interface()->isServiceRegistered(serviceName) &&
-      showRunningInstance(bus)) {
-    return 0;
-  }
-
-  const auto path = JSONTaskRepository::defaultFilePath();
-  if (!path) {
-    tellUser(QString::fromStdString(path.error()));
-    return 1;
-  }
-  auto repository = std::make_unique<JSONTaskRepository>(
-      path.value(), std::make_shared<PosixFileSystem>(), wallClock, wallClock);
-  if (const Status locked = repository->acquireWriterLock(); !locked) {
-    tellUser(QString::fromStdString(locked.error()));
-    return 1;
-  }
-
-  const QSettings settings(QSettings::IniFormat, QSettings::UserScope,
-                           QStringLiteral("Daywyn"), QStringLiteral("Daywyn"));
-  const bool dark = Theme::resolveDark(
-      settings.value(QStringLiteral("appearance")).toString());
-  AppEnvironment environment(std::move(repository), Calendar(), wallClock,
-                             dark);
-
-  DaywynBusService service(
-      environment, [&environment](const std::vector<std::string> &args) {
-        return runCommand(environment.store(), args, environment.now(),
-                          environment.calendar());
-      });
-  if (bus.isConnected()) {
-    bus.registerObject(QString::fromLatin1(DaywynBusService::objectPath),
-                       &service, QDBusConnection::ExportAllSlots);
-    // Another instance may have won the name since the check above.
-    if (!bus.registerService(serviceName)) {
-      showRunningInstance(bus);
-      return 0;
+int runDesktopApp(int argc, char** argv) {
+    // On Wayland the drawer, the handle and the global shortcut need X11 window
+    // placement, so Daywyn runs through XWayland when it is there.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && !qEnvironmentVariableIsEmpty("DISPLAY")) {
+        qputenv("QT_QPA_PLATFORM", "xcb");
     }
-  }
+    QElapsedTimer sinceLaunch;
+    sinceLaunch.start();
+    QApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("Daywyn"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Daywyn"));
+    QCoreApplication::setApplicationVersion(QString::fromUtf8(appVersion()));
+    QGuiApplication::setDesktopFileName(QStringLiteral("daywyn"));
+    QApplication::setQuitOnLastWindowClosed(false);
 
-  EdgePanelController &drawer = environment.drawerController();
-  // Measuring and screenshot hooks: show the drawer at once, without the slide,
-  // and leave after its first complete frame.
-  const QString screenshot = qEnvironmentVariable("DAYWYN_SCREENSHOT");
-  const bool exitWhenReady =
-      qEnvironmentVariableIntValue("DAYWYN_EXIT_WHEN_READY") == 1;
-  if (exitWhenReady || !screenshot.isEmpty()) {
-    drawer.setReducedMotion(true);
-    QObject::connect(&drawer, &EdgePanelController::drawerShown, &app, [&] {
-      if (!screenshot.isEmpty()) {
-        const QImage image = drawer.drawerWindow()->grabWindow();
-        if (image.isNull() || !image.save(screenshot)) {
-          std::fprintf(stderr, "Daywyn could not save the screenshot to %s.\n",
-                       qPrintable(screenshot));
-          QCoreApplication::exit(1);
-          return;
-        }
-      }
-      if (exitWhenReady) {
-        std::fprintf(stderr, "Drawer ready after %lld ms.\n",
-                     static_cast<long long>(sinceLaunch.elapsed()));
-      }
-      QCoreApplication::exit(0);
+    // One instance per user: a second launch shows the first one's drawer and
+    // leaves.
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    const QString serviceName = QString::fromLatin1(DaywynBusService::serviceName);
+    if (bus.isConnected() && bus.interface()->isServiceRegistered(serviceName) &&
+        showRunningInstance(bus)) {
+        return 0;
+    }
+
+    const auto path = JSONTaskRepository::defaultFilePath();
+    if (!path) {
+        tellUser(QString::fromStdString(path.error()));
+        return 1;
+    }
+    auto repository = std::make_unique<JSONTaskRepository>(
+        path.value(), std::make_shared<PosixFileSystem>(), wallClock, wallClock);
+    if (const Status locked = repository->acquireWriterLock(); !locked) {
+        tellUser(QString::fromStdString(locked.error()));
+        return 1;
+    }
+
+    // $XDG_CONFIG_HOME/Daywyn/Daywyn.conf: the native format on Linux is INI in .conf.
+    const QSettings settings(QStringLiteral("Daywyn"), QStringLiteral("Daywyn"));
+    const bool dark = Theme::resolveDark(settings.value(QStringLiteral("appearance")).toString());
+    AppEnvironment environment(std::move(repository), Calendar(), wallClock, dark);
+
+    DaywynBusService service(environment, [&environment](const std::vector<std::string>& args) {
+        return runCommand(environment.store(), args, environment.now(), environment.calendar());
     });
-  }
+    if (bus.isConnected()) {
+        bus.registerObject(QString::fromLatin1(DaywynBusService::objectPath), &service,
+                           QDBusConnection::ExportAllSlots);
+        // Another instance may have won the name since the check above.
+        if (!bus.registerService(serviceName)) {
+            showRunningInstance(bus);
+            return 0;
+        }
+    }
 
-  environment.start();
-  TrayIcon tray(drawer);
-  if (exitWhenReady || !screenshot.isEmpty()) {
-    drawer.show();
-  }
-  return QApplication::exec();
+    EdgePanelController& drawer = environment.drawerController();
+    // Measuring and screenshot hooks: show the drawer at once, without the slide,
+    // and leave after its first complete frame.
+    const QString screenshot = qEnvironmentVariable("DAYWYN_SCREENSHOT");
+    const bool exitWhenReady = qEnvironmentVariableIntValue("DAYWYN_EXIT_WHEN_READY") == 1;
+    if (exitWhenReady || !screenshot.isEmpty()) {
+        drawer.setReducedMotion(true);
+        QObject::connect(&drawer, &EdgePanelController::drawerShown, &app, [&] {
+            if (!screenshot.isEmpty() && !saveScreenshots(*drawer.drawerWindow(), screenshot)) {
+                QCoreApplication::exit(1);
+                return;
+            }
+            if (exitWhenReady) {
+                std::fprintf(stderr, "Drawer ready after %lld ms.\n",
+                             static_cast<long long>(sinceLaunch.elapsed()));
+            }
+            QCoreApplication::exit(0);
+        });
+    }
+
+    environment.start();
+    TrayIcon tray(drawer);
+    if (exitWhenReady || !screenshot.isEmpty()) {
+        drawer.show();
+    }
+    return QApplication::exec();
 }
 
 } // namespace daywyn

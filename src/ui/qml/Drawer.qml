@@ -50,24 +50,24 @@ Rectangle {
         enabled: !root.sheetOpen
         visible: !root.sheetOpen
 
+        Text {
+            Layout.fillWidth: true
+            elide: Text.ElideRight
+            text: today.dayTitle
+            font.pixelSize: 20
+            font.weight: Font.DemiBold
+            color: theme.text
+            Accessible.role: Accessible.Heading
+        }
+
         RowLayout {
             Layout.fillWidth: true
             spacing: 8
-            ColumnLayout {
+            Text {
                 Layout.fillWidth: true
-                spacing: 0
-                Text {
-                    text: today.dayTitle
-                    font.pixelSize: 20
-                    font.weight: Font.DemiBold
-                    color: theme.text
-                    Accessible.role: Accessible.Heading
-                }
-                Text {
-                    text: today.openCount === 1 ? "1 open task" : today.openCount + " open tasks"
-                    font.pixelSize: 12
-                    color: theme.secondaryText
-                }
+                text: today.openCount === 1 ? "1 open task" : today.openCount + " open tasks"
+                font.pixelSize: 12
+                color: theme.secondaryText
             }
             Rectangle {
                 // The running timer, live while the drawer is shown.

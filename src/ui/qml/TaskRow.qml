@@ -72,12 +72,18 @@ Rectangle {
         }
 
         ColumnLayout {
+            // Takes what the buttons leave; a long title wraps instead of widening the row.
             Layout.fillWidth: true
+            Layout.minimumWidth: 0
+            Layout.preferredWidth: 1
+            Layout.fillHeight: false
+            Layout.alignment: Qt.AlignVCenter
             Layout.topMargin: 8
             Layout.bottomMargin: 8
             spacing: 2
             Text {
                 Layout.fillWidth: true
+                Layout.minimumWidth: 0
                 text: title
                 wrapMode: Text.Wrap
                 maximumLineCount: 2
@@ -87,10 +93,14 @@ Rectangle {
                 color: isComplete ? theme.secondaryText : theme.text
             }
             RowLayout {
+                Layout.fillWidth: true
+                Layout.minimumWidth: 0
                 spacing: 6
                 visible: detailText.text !== "" || timeLabel.text !== ""
                 Text {
                     id: detailText
+                    Layout.maximumWidth: 180
+                    elide: Text.ElideRight
                     text: detail
                     visible: text !== ""
                     font.pixelSize: 12
