@@ -72,7 +72,8 @@ TEST(TodayScreen, AddTimeCompleteDeleteAndUndoAreSavedAtEachStep) {
     tasks = savedTasks(path);
     EXPECT_FALSE(tasks[0].toObject().contains(QStringLiteral("liveSessionStartedAt")));
     ASSERT_EQ(tasks[0].toObject()["sessions"].toArray().size(), 1);
-    EXPECT_EQ(tasks[0].toObject()["sessions"].toArray()[0].toObject()["end"].toString(), QStringLiteral("2026-11-21T08:05:00Z"));
+    EXPECT_EQ(tasks[0].toObject()["sessions"].toArray()[0].toObject()["end"].toString(),
+              QStringLiteral("2026-11-21T08:05:00Z"));
 
     // From the add field, Down moves into the list onto the task.
     QQuickItem* field = test::findItem(window, QStringLiteral("addField"));
