@@ -1,0 +1,69 @@
+#!/usr/bin/env bash
+# Measures the desktop app as a whole process with a 5,000-task state file, on a
+# private X server and session bus in temporary folders:
+#   start   the median wall time from launch to the drawer's first frame (the
+#           DAYWYN_EXIT_WHEN_READY hook), and the median peak resident memory;
+#   idle    resident memory and CPU use over 60 s with the drawer hidden.
+# Usage: scripts/measure-desktop.sh [build] [runs]
+set -euo pipefail
+
+build=${1:-build}
+runs=${2:-7}
+here=$(cd "$(dirname "$0")/.." && pwd)
+binary="$here/$build/daywyn"
+[ -x "$binary" ] || { echo "Build Daywyn first: $binary is missing." >&2; exit 1; }
+
+root=$(mktemp -d "${TMPDIR:-/tmp}/daywyn-measure.XXXXXX")
+xvfb_pid=""
+app_pid=""
+cleanup() {
+  [ -n "$app_pid" ] && kill "$app_pid" 2>/dev/null || true
+  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2>/dev/null || true
+  rm -rf "$root"
+}
+trap cleanup EXIT
+
+display=:$((90 + RANDOM % 400))
+Xvfb "$display" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
+xvfb_pid=$!
+for _ in $(seq 50); do
+  [ -e "/tmp/.X11-unix/X${display#:}" ] && break
+  sleep 0.1
+done
+
+mkdir -p "$root/data/Daywyn" "$root/config" "$root/cache" "$root/runtime"
+chmod 700 "$root/runtime"
+"$here/scripts/seed-state.py" "$root/data/Daywyn/daywyn.json" --bulk 4989
+
+in_sandbox() {
+  env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY DISPLAY="$display" QT_QPA_PLATFORM=xcb \
+    HOME="$root" XDG_DATA_HOME="$root/data" XDG_CONFIG_HOME="$root/config" \
+    XDG_CACHE_HOME="$root/cache" XDG_RUNTIME_DIR="$root/runtime" "$@"
+}
+median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
+
+# The first run fills Qt's QML cache, as the first launch after installing does.
+in_sandbox DAYWYN_EXIT_WHEN_READY=1 dbus-run-session -- "$binary" 2>/dev/null || true
+times="$root/times"
+for _ in $(seq "$runs"); do
+  in_sandbox DAYWYN_EXIT_WHEN_READY=1 dbus-run-session -- \
+    /usr/bin/time -f "%e %M" -o "$times.one" "$binary" 2>/dev/null
+  cat "$times.one" >> "$times"
+done
+echo "start to drawer ready: median $(cut -d' ' -f1 "$times" | median) s over $runs runs" \
+     "(peak RSS median $(cut -d' ' -f2 "$times" | median) KB)"
+
+# Idle: the app as a user runs it, drawer hidden, for 60 seconds.
+in_sandbox dbus-run-session -- "$binary" 2>/dev/null &
+sleep 5
+app_pid=$(pgrep -n -f "^$binary\$" || true)
+[ -n "$app_pid" ] || { echo "The app did not start." >&2; exit 1; }
+ticks() { awk '{ print $14 + $15 }' "/proc/$app_pid/stat"; }
+hz=$(getconf CLK_TCK)
+before=$(ticks)
+sleep 60
+after=$(ticks)
+rss=$(awk '/VmRSS/ { print $2 }' "/proc/$app_pid/status")
+echo "idle with the drawer hidden: RSS ${rss} KB," \
+     "CPU $(awk -v t=$((after - before)) -v hz="$hz" 'BEGIN { printf "%.3f", 100 * t / hz / 60 }') %" \
+     "over 60 s"
