@@ -159,5 +159,20 @@ TEST_F(TodayModelTest, DeleteOffersUndoAndRefusalsAreShown) {
     EXPECT_EQ(model->errorMessage(), QStringLiteral("There is nothing to undo."));
 }
 
+TEST_F(TodayModelTest, ASaveThatFailsIsShownUntilTheNextOneSucceeds) {
+    auto repository = test::FakeRepository::make();
+    test::FakeRepository* fake = repository.get();
+    store = std::make_unique<TodayTaskStore>(std::move(repository), clock.now(), berlin);
+    model = std::make_unique<TodayModel>(*store, berlin, clock.function());
+    const QString id = QString::fromStdString(store->tasks().front().id.text());
+
+    fake->failNextSaves(1, "No space left on device");
+    model->toggleTimer(id);
+    EXPECT_EQ(model->persistenceError(),
+              QStringLiteral("Daywyn could not save changes: No space left on device"));
+    model->toggleTimer(id);
+    EXPECT_EQ(model->persistenceError(), QString());
+}
+
 } // namespace
 } // namespace daywyn
