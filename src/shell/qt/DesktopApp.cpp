@@ -11,6 +11,7 @@
 #include <QElapsedTimer>
 #include <QMessageBox>
 #include <QQuickItem>
+#include <QScreen>
 #include <QQuickView>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
@@ -65,6 +66,13 @@ bool saveScreenshots(QQuickView& window, const QString& path) {
         QMetaObject::invokeMethod(list, "positionViewAtEnd");
     }
     const QImage end = window.grabWindow();
+    // The whole screen too, to see the handle and the drawer in place (xcb only).
+    QString screenPath = path;
+    screenPath.insert(path.endsWith(QLatin1String(".png")) ? path.size() - 4 : path.size(),
+                      QLatin1String("-screen"));
+    if (QScreen* screen = window.screen(); screen && QGuiApplication::platformName() == "xcb") {
+        screen->grabWindow(0).save(screenPath);
+    }
     if (top.isNull() || !top.save(path) || end.isNull() || !end.save(endPath)) {
         std::fprintf(stderr, "Daywyn could not save the screenshot to %s.\n", qPrintable(path));
         return false;
