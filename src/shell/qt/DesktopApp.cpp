@@ -2,6 +2,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -16,6 +19,7 @@
 #include <QSGRendererInterface>
 #include <QScreen>
 #include <QSettings>
+#include <QSocketNotifier>
 
 #include "base/Version.h"
 #include "persistence/JSONTaskRepository.h"
@@ -41,6 +45,36 @@ bool showRunningInstance(QDBusConnection& bus) {
         QString::fromLatin1(DaywynBusService::objectPath),
         QString::fromLatin1(DaywynBusService::serviceName), QStringLiteral("Show")));
     return reply.type() == QDBusMessage::ReplyMessage;
+}
+
+// A log-out or `kill` ends the app through the event loop, so the writer lock and the
+// repository are released in order. The handler only writes a byte: anything more is
+// not safe inside a signal handler.
+int quitPipe[2] = {-1, -1};
+
+void onQuitSignal(int) {
+    const char byte = 1;
+    [[maybe_unused]] const auto written = ::write(quitPipe[1], &byte, 1);
+}
+
+void quitOnTerminationSignals(QObject* owner) {
+    if (::pipe2(quitPipe, O_CLOEXEC | O_NONBLOCK) != 0) {
+        return;
+    }
+    auto* notifier = new QSocketNotifier(quitPipe[0], QSocketNotifier::Read, owner);
+    QObject::connect(notifier, &QSocketNotifier::activated, owner, [] {
+        char byte = 0;
+        while (::read(quitPipe[0], &byte, 1) > 0) {
+        }
+        QCoreApplication::quit();
+    });
+    struct sigaction action {};
+    action.sa_handler = onQuitSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGTERM, &action, nullptr);
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGHUP, &action, nullptr);
 }
 
 void tellUser(const QString& sentence) {
@@ -162,6 +196,7 @@ int runDesktopApp(int argc, char** argv) {
         });
     }
 
+    quitOnTerminationSignals(&app);
     environment.start();
     TrayIcon tray(drawer);
     if (exitWhenReady || !screenshot.isEmpty()) {

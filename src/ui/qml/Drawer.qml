@@ -44,10 +44,6 @@ Rectangle {
         enabled: !root.sheetOpen
         onActivated: today.undo()
     }
-    Shortcut {
-        sequence: "Escape"
-        onActivated: if (!root.closeTopSheet()) drawer.hide()
-    }
 
     Connections {
         target: drawer
