@@ -70,8 +70,4 @@ TrayIcon::~TrayIcon() {
     delete menu_;
 }
 
-bool TrayIcon::isAvailable() const {
-    return QSystemTrayIcon::isSystemTrayAvailable();
-}
-
 } // namespace daywyn

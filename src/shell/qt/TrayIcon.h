@@ -19,9 +19,6 @@ public:
     explicit TrayIcon(EdgePanelController& drawer, QObject* parent = nullptr);
     ~TrayIcon() override;
 
-    // False when the desktop has no status area; the handle is then the way in.
-    bool isAvailable() const;
-
 private:
     QSystemTrayIcon* icon_ = nullptr;
     QMenu* menu_ = nullptr;
