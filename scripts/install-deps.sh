@@ -20,7 +20,7 @@ packages=(
   # hermetic test environment: a private session bus, a virtual display
   dbus dbus-bin xvfb xauth x11-utils xdotool
   # measuring the desktop app (scripts/measure-desktop.sh)
-  time procps
+  time
 )
 
 missing=()

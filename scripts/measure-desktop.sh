@@ -54,10 +54,12 @@ echo "start to drawer ready: median $(cut -d' ' -f1 "$times" | median) s over $r
      "(peak RSS median $(cut -d' ' -f2 "$times" | median) KB)"
 
 # Idle: the app as a user runs it, drawer hidden, for 60 seconds.
-in_sandbox dbus-run-session -- "$binary" 2>/dev/null &
+# The app writes its own process id, so only that process is looked at and ended.
+in_sandbox dbus-run-session -- sh -c 'echo $$ > "$1"; exec "$2"' sh "$root/app.pid" "$binary" \
+  2>/dev/null &
 sleep 5
-app_pid=$(pgrep -n -f "^$binary\$" || true)
-[ -n "$app_pid" ] || { echo "The app did not start." >&2; exit 1; }
+app_pid=$(cat "$root/app.pid" 2>/dev/null || true)
+[ -n "$app_pid" ] && [ -e "/proc/$app_pid" ] || { echo "The app did not start." >&2; exit 1; }
 ticks() { awk '{ print $14 + $15 }' "/proc/$app_pid/stat"; }
 hz=$(getconf CLK_TCK)
 before=$(ticks)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Captures the drawer, light and dark, into <build>/screenshots/ from a seeded state
-# file with tasks in every section. Runs the real app on a private X server (Xvfb) and
+# file with tasks in every section: as it opens, scrolled to its end, and the whole
+# screen with the handle. Runs the real app on a private X server (Xvfb) and
 # session bus, in temporary data and settings folders: your own data is never touched.
 set -euo pipefail
 
@@ -38,5 +39,5 @@ for theme in light dark; do
     XDG_CONFIG_HOME="$home/config" XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$home/runtime" \
     DAYWYN_SCREENSHOT="$out/drawer-$theme.png" \
     dbus-run-session -- timeout 30 "$binary" 2> >(grep -v 'fd limit' >&2)
-  echo "Wrote $out/drawer-$theme.png"
+  echo "Wrote $out/drawer-$theme.png, drawer-$theme-end.png and drawer-$theme-screen.png"
 done
