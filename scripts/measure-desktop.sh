@@ -47,11 +47,14 @@ in_sandbox DAYWYN_EXIT_WHEN_READY=1 dbus-run-session -- "$binary" 2>/dev/null ||
 times="$root/times"
 for _ in $(seq "$runs"); do
   in_sandbox DAYWYN_EXIT_WHEN_READY=1 dbus-run-session -- \
-    /usr/bin/time -f "%e %M" -o "$times.one" "$binary" 2>/dev/null
+    /usr/bin/time -f "%e %M %U %S" -o "$times.one" "$binary" 2>/dev/null
   cat "$times.one" >> "$times"
 done
-echo "start to drawer ready: median $(cut -d' ' -f1 "$times" | median) s over $runs runs" \
-     "(peak RSS median $(cut -d' ' -f2 "$times" | median) KB)"
+# CPU time (user + system) barely depends on what else the machine is doing; wall
+# time does, so both are shown.
+echo "start to drawer ready: median $(cut -d' ' -f1 "$times" | median) s wall," \
+     "$(awk '{ print $3 + $4 }' "$times" | median) s CPU over $runs runs" \
+     "(peak RSS median $(cut -d' ' -f2 "$times" | median) KB; load $(cut -d' ' -f1 /proc/loadavg))"
 
 # Idle: the app as a user runs it, drawer hidden, for 60 seconds.
 # The app writes its own process id, so only that process is looked at and ended.
