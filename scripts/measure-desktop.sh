@@ -13,23 +13,10 @@ here=$(cd "$(dirname "$0")/.." && pwd)
 binary="$here/$build/daywyn"
 [ -x "$binary" ] || { echo "Build Daywyn first: $binary is missing." >&2; exit 1; }
 
-root=$(mktemp -d "${TMPDIR:-/tmp}/daywyn-measure.XXXXXX")
-xvfb_pid=""
+name=measure
 app_pid=""
-cleanup() {
-  [ -n "$app_pid" ] && kill "$app_pid" 2>/dev/null || true
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2>/dev/null || true
-  rm -rf "$root"
-}
-trap cleanup EXIT
-
-display=:$((90 + RANDOM % 400))
-Xvfb "$display" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
-xvfb_pid=$!
-for _ in $(seq 50); do
-  [ -e "/tmp/.X11-unix/X${display#:}" ] && break
-  sleep 0.1
-done
+on_exit='[ -n "$app_pid" ] && kill "$app_pid" 2>/dev/null || true'
+. "$here/scripts/desktop-sandbox.sh"
 
 mkdir -p "$root/data/Daywyn" "$root/config" "$root/cache" "$root/runtime"
 chmod 700 "$root/runtime"

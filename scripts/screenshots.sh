@@ -12,21 +12,8 @@ out="$here/$build/screenshots"
 [ -x "$binary" ] || { echo "Build Daywyn first: $binary is missing." >&2; exit 1; }
 mkdir -p "$out"
 
-root=$(mktemp -d "${TMPDIR:-/tmp}/daywyn-shots.XXXXXX")
-xvfb_pid=""
-cleanup() {
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2>/dev/null || true
-  rm -rf "$root"
-}
-trap cleanup EXIT
-
-display=:$((90 + RANDOM % 400))
-Xvfb "$display" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
-xvfb_pid=$!
-for _ in $(seq 50); do
-  [ -e "/tmp/.X11-unix/X${display#:}" ] && break
-  sleep 0.1
-done
+name=shots
+. "$here/scripts/desktop-sandbox.sh"
 
 for theme in light dark; do
   home="$root/$theme"
