@@ -91,23 +91,22 @@ void tellUser(const QString& sentence) {
 // Saves the drawer as it opens to `path`, and scrolled to its end beside it
 // ("drawer.png" and "drawer-end.png"), so every section can be looked at.
 bool saveScreenshots(QQuickView& window, const QString& path) {
-    QString endPath = path;
-    endPath.insert(path.endsWith(QLatin1String(".png")) ? path.size() - 4 : path.size(),
-                   QLatin1String("-end"));
+    const auto beside = [&path](QLatin1String suffix) {
+        QString named = path;
+        return named.insert(path.endsWith(QLatin1String(".png")) ? path.size() - 4 : path.size(),
+                            suffix);
+    };
     const QImage top = window.grabWindow();
-    QQuickItem* list = window.rootObject()->findChild<QQuickItem*>(QStringLiteral("taskList"));
-    if (list) {
+    if (auto* list = window.rootObject()->findChild<QQuickItem*>(QStringLiteral("taskList"))) {
         QMetaObject::invokeMethod(list, "positionViewAtEnd");
     }
     const QImage end = window.grabWindow();
     // The whole screen too, to see the handle and the drawer in place (xcb only).
-    QString screenPath = path;
-    screenPath.insert(path.endsWith(QLatin1String(".png")) ? path.size() - 4 : path.size(),
-                      QLatin1String("-screen"));
     if (QScreen* screen = window.screen(); screen && QGuiApplication::platformName() == "xcb") {
-        screen->grabWindow(0).save(screenPath);
+        screen->grabWindow(0).save(beside(QLatin1String("-screen")));
     }
-    if (top.isNull() || !top.save(path) || end.isNull() || !end.save(endPath)) {
+    if (top.isNull() || !top.save(path) || end.isNull() ||
+        !end.save(beside(QLatin1String("-end")))) {
         std::fprintf(stderr, "Daywyn could not save the screenshot to %s.\n", qPrintable(path));
         return false;
     }
