@@ -48,6 +48,17 @@ TEST_F(DrawerKeyboardTest, ArrowsMoveBetweenTasksAndSpaceCompletesTheFocusedOne)
     EXPECT_TRUE(isComplete(0));
 }
 
+TEST_F(DrawerKeyboardTest, TStartsAndStopsTheTimerAndPPins) {
+    press(Qt::Key_T);
+    EXPECT_TRUE(app.store().tasks()[0].isRunning());
+    clock.advance(60);
+    press(Qt::Key_T);
+    EXPECT_FALSE(app.store().tasks()[0].isRunning());
+    EXPECT_EQ(app.store().tasks()[0].sessions.size(), 1u);
+    press(Qt::Key_P);
+    EXPECT_EQ(app.store().tasks()[0].priorityRank, 1);
+}
+
 TEST_F(DrawerKeyboardTest, EnterEditsAndEscapeClosesTheSheetBeforeTheDrawer) {
     press(Qt::Key_Return);
     ASSERT_TRUE(app.editor().isOpen());
