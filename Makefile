@@ -9,7 +9,7 @@ JOBS        ?= $(shell nproc)
 GENERATOR   := -G Ninja
 CMAKE_ARGS  ?=
 
-.PHONY: all deps configure build run test test-asan bench fuzz format install clean
+.PHONY: all deps configure build run test test-asan bench fuzz format install clean screenshots
 
 all: build
 
@@ -48,6 +48,10 @@ fuzz: deps
 
 format:
 	git ls-files -z -- '*.cpp' '*.h' | xargs -0 -r clang-format -i
+
+# The drawer, light and dark, from a seeded state on a private X server.
+screenshots: build
+	scripts/screenshots.sh $(BUILD)
 
 install: build
 	cmake --install $(BUILD) $(if $(PREFIX),--prefix $(PREFIX),)

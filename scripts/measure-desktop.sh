@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# Measures the desktop app as a whole process with a 5,000-task state file, on a
+# private X server and session bus in temporary folders:
+#   start   the median wall time from launch to the drawer's first frame (the
+#           DAYWYN_EXIT_WHEN_READY hook), and the median peak resident memory;
+#   idle    resident memory and CPU use over 60 s with the drawer hidden.
+# Usage: scripts/measure-desktop.sh [build] [runs]
+set -euo pipefail
+
+build=${1:-build}
+runs=${2:-7}
+here=$(cd "$(dirname "$0")/.." && pwd)
+binary="$here/$build/daywyn"
+[ -x "$binary" ] || { echo "Build Daywyn first: $binary is missing." >&2; exit 1; }
+
+name=measure
+app_pid=""
+on_exit='[ -n "$app_pid" ] && kill "$app_pid" 2>/dev/null || true'
+. "$here/scripts/desktop-sandbox.sh"
+
+mkdir -p "$root/data/Daywyn" "$root/config" "$root/cache" "$root/runtime"
+chmod 700 "$root/runtime"
+"$here/scripts/seed-state.py" "$root/data/Daywyn/daywyn.json" --bulk 4989
+
+in_sandbox() {
+  env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY DISPLAY="$display" QT_QPA_PLATFORM=xcb \
+    HOME="$root" XDG_DATA_HOME="$root/data" XDG_CONFIG_HOME="$root/config" \
+    XDG_CACHE_HOME="$root/cache" XDG_RUNTIME_DIR="$root/runtime" "$@"
+}
+median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
+
+# The first run fills Qt's QML cache, as the first launch after installing does.
+in_sandbox DAYWYN_EXIT_WHEN_READY=1 dbus-run-session -- "$binary" 2>/dev/null || true
+times="$root/times"
+for _ in $(seq "$runs"); do
+  in_sandbox DAYWYN_EXIT_WHEN_READY=1 dbus-run-session -- \
+    /usr/bin/time -f "%e %M %U %S" -o "$times.one" "$binary" 2>/dev/null
+  cat "$times.one" >> "$times"
+done
+# CPU time (user + system) barely depends on what else the machine is doing; wall
+# time does, so both are shown.
+echo "start to drawer ready: median $(cut -d' ' -f1 "$times" | median) s wall," \
+     "$(awk '{ print $3 + $4 }' "$times" | median) s CPU over $runs runs" \
+     "(peak RSS median $(cut -d' ' -f2 "$times" | median) KB; load $(cut -d' ' -f1 /proc/loadavg))"
+
+# Idle: the app as a user runs it, drawer hidden, for 60 seconds.
+# The app writes its own process id, so only that process is looked at and ended.
+in_sandbox dbus-run-session -- sh -c 'echo $$ > "$1"; exec "$2"' sh "$root/app.pid" "$binary" \
+  2>/dev/null &
+sleep 5
+app_pid=$(cat "$root/app.pid" 2>/dev/null || true)
+[ -n "$app_pid" ] && [ -e "/proc/$app_pid" ] || { echo "The app did not start." >&2; exit 1; }
+ticks() { awk '{ print $14 + $15 }' "/proc/$app_pid/stat"; }
+hz=$(getconf CLK_TCK)
+before=$(ticks)
+sleep 60
+after=$(ticks)
+rss=$(awk '/VmRSS/ { print $2 }' "/proc/$app_pid/status")
+echo "idle with the drawer hidden: RSS ${rss} KB," \
+     "CPU $(awk -v t=$((after - before)) -v hz="$hz" 'BEGIN { printf "%.3f", 100 * t / hz / 60 }') %" \
+     "over 60 s"

@@ -1,0 +1,118 @@
+#include "shell/qt/AppEnvironment.h"
+
+#include <QDBusConnection>
+#include <QPointer>
+#include <QQmlContext>
+#include <QQmlEngine>
+
+#include "shell/qt/EdgePanelController.h"
+#include "ui/qt/CompletedHistoryModel.h"
+#include "ui/qt/SessionHistoryModel.h"
+#include "ui/qt/TaskEditor.h"
+#include "ui/qt/Theme.h"
+#include "ui/qt/TodayModel.h"
+
+namespace daywyn {
+
+AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calendar calendar,
+                               Clock clock, bool darkTheme, QObject* parent)
+    : QObject(parent)
+    , calendar_(std::move(calendar))
+    , clock_(std::move(clock)) {
+    // The drawer reminder coordinator is created first once drawer reminders exist.
+    store_ = std::make_unique<TodayTaskStore>(std::move(repository), clock_(), calendar_);
+    drawerController_ = new EdgePanelController(this);
+    // The notification, calendar, voice capture, launch-at-login and quick-capture
+    // controllers are created here, in that order, as each arrives.
+    theme_ = new Theme(darkTheme, this);
+    today_ = new TodayModel(*store_, calendar_, clock_, this);
+    editor_ = new TaskEditor(*store_, calendar_, clock_, this);
+    sessions_ = new SessionHistoryModel(*store_, calendar_, clock_, this);
+    history_ = new CompletedHistoryModel(*store_, calendar_, clock_, this);
+    connect(drawerController_, &EdgePanelController::isVisibleChanged, today_,
+            [this] { today_->setLive(drawerController_->isVisible()); });
+
+    maintenanceTimer_.setInterval(maintenanceIntervalMilliseconds);
+    // Coarse: a pass a few hundred milliseconds late costs nothing and lets the system
+    // batch wake-ups.
+    maintenanceTimer_.setTimerType(Qt::VeryCoarseTimer);
+    connect(&maintenanceTimer_, &QTimer::timeout, this, &AppEnvironment::performMaintenance);
+}
+
+AppEnvironment::~AppEnvironment() {
+    // The listener must not outlive the controllers it reaches.
+    store_->setOnMeaningfulChange({});
+    // Windows first (they use the engine), then the engine (it uses the models), then
+    // the models (they observe the store), and the store last as a member.
+    delete drawerController_;
+    drawerController_ = nullptr;
+    engine_.reset();
+    delete history_;
+    delete sessions_;
+    delete editor_;
+    delete today_;
+}
+
+QQmlEngine& AppEnvironment::engine() {
+    if (!engine_) {
+        engine_ = std::make_unique<QQmlEngine>();
+        QQmlContext* context = engine_->rootContext();
+        context->setContextProperty(QStringLiteral("theme"), theme_);
+        context->setContextProperty(QStringLiteral("today"), today_);
+        context->setContextProperty(QStringLiteral("editor"), editor_);
+        context->setContextProperty(QStringLiteral("sessions"), sessions_);
+        context->setContextProperty(QStringLiteral("history"), history_);
+    }
+    return *engine_;
+}
+
+void AppEnvironment::start() {
+    if (hasStarted_) {
+        return;
+    }
+    hasStarted_ = true;
+    // Quick capture starts here (its global shortcut) once it exists.
+    drawerController_->prepare(engine());
+    // Notifications are configured with the store and the drawer, the calendar manager
+    // with the store, and the launch-at-login state refreshed here, in that order.
+
+    // The listener reaches the controllers weakly: it never keeps one alive, and a
+    // controller gone at shutdown is simply skipped.
+    QPointer<EdgePanelController> drawer = drawerController_;
+    store_->setOnMeaningfulChange(
+        [drawer](const std::vector<TaskItem>&, const AppPreferences& preferences) {
+            // Pending notifications are reconciled here, and today's calendar events
+            // refreshed when calendar integration is on.
+            if (drawer) {
+                drawer->setAnchor(preferences.edgeAnchor);
+            }
+        });
+    drawerController_->setAnchor(store_->preferences().edgeAnchor);
+
+    performMaintenance();
+    maintenanceTimer_.start();
+
+    // After a suspend the timer's monotonic clock has stood still: catch up at once.
+    QDBusConnection::systemBus().connect(
+        QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
+        QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("PrepareForSleep"), this,
+        SLOT(onPrepareForSleep(bool)));
+}
+
+void AppEnvironment::onPrepareForSleep(bool goingToSleep) {
+    if (!goingToSleep) {
+        performMaintenance();
+    }
+}
+
+void AppEnvironment::performMaintenance() {
+    // Google calendars refresh first here once connected accounts exist.
+    const Instant now = clock_();
+    store_->generateDueReportIfNeeded(now, calendar_);
+    // Then: calendars reload when the day changed, and drawer reminders are checked
+    // against the tasks and the de-duplicated events.
+    ++maintenancePasses_;
+    Q_EMIT maintenancePerformed();
+}
+
+} // namespace daywyn

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include <QObject>
+#include <QTimer>
+
+#include "base/Calendar.h"
+#include "base/Instant.h"
+#include "store/TaskRepository.h"
+#include "store/TodayTaskStore.h"
+
+class QQmlEngine;
+
+namespace daywyn {
+
+class CompletedHistoryModel;
+class EdgePanelController;
+class SessionHistoryModel;
+class TaskEditor;
+class Theme;
+class TodayModel;
+
+// The app's composition root: owns the store and every long-lived controller for the
+// whole run, wires the store's change listener and runs the maintenance pass every 15
+// seconds on the main thread. It owns the one real clock; everything below it is
+// handed `now`. Notifications, calendars, voice capture, quick capture and drawer
+// reminders plug in here (construction, start() and performMaintenance()).
+class AppEnvironment : public QObject {
+    Q_OBJECT
+
+public:
+    using Clock = std::function<Instant()>;
+    static constexpr int maintenanceIntervalMilliseconds = 15'000;
+
+    // Builds the store from the repository (none: an in-memory store that never
+    // saves), which loads and normalises the saved state, then the controllers.
+    AppEnvironment(std::unique_ptr<TaskRepository> repository, Calendar calendar, Clock clock,
+                   bool darkTheme, QObject* parent = nullptr);
+    ~AppEnvironment() override;
+
+    // Prepares the drawer, installs the change listener, runs one maintenance pass
+    // at once and starts the repeating one. Only the first call does anything.
+    void start();
+    bool hasStarted() const { return hasStarted_; }
+
+    // One maintenance pass: generates the daily report when one is due. Reads the wall
+    // clock afresh, since the timer's own clock stops while the machine sleeps.
+    void performMaintenance();
+    int maintenancePasses() const { return maintenancePasses_; }
+
+    Instant now() const { return clock_(); }
+    const Calendar& calendar() const { return calendar_; }
+    TodayTaskStore& store() { return *store_; }
+    EdgePanelController& drawerController() { return *drawerController_; }
+    TodayModel& today() { return *today_; }
+    TaskEditor& editor() { return *editor_; }
+    Theme& theme() { return *theme_; }
+    QQmlEngine& engine();
+    const QTimer& maintenanceTimer() const { return maintenanceTimer_; }
+
+Q_SIGNALS:
+    void maintenancePerformed();
+
+private Q_SLOTS:
+    void onPrepareForSleep(bool goingToSleep);
+
+private:
+    Calendar calendar_;
+    Clock clock_;
+    std::unique_ptr<TodayTaskStore> store_;
+    // Owned through QObject parenting; declared in construction order.
+    EdgePanelController* drawerController_ = nullptr;
+    Theme* theme_ = nullptr;
+    TodayModel* today_ = nullptr;
+    TaskEditor* editor_ = nullptr;
+    SessionHistoryModel* sessions_ = nullptr;
+    CompletedHistoryModel* history_ = nullptr;
+    std::unique_ptr<QQmlEngine> engine_;
+    bool hasStarted_ = false;
+    int maintenancePasses_ = 0;
+    QTimer maintenanceTimer_;
+};
+
+} // namespace daywyn

@@ -1,0 +1,246 @@
+#include "shell/qt/EdgePanelController.h"
+
+#include <cmath>
+
+#include <QCursor>
+#include <QDBusConnection>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#include <QGuiApplication>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickView>
+#include <QScreen>
+
+namespace daywyn {
+namespace {
+
+QRect toRect(const ScreenRect& r) {
+    return QRect(static_cast<int>(std::lround(r.x)), static_cast<int>(std::lround(r.y)),
+                 static_cast<int>(std::lround(r.width)), static_cast<int>(std::lround(r.height)));
+}
+
+QQuickView* makePanel(QQmlEngine& engine, const QString& source, Qt::WindowFlags extra,
+                      const QString& title) {
+    auto* view = new QQuickView(&engine, nullptr);
+    view->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | extra);
+    view->setResizeMode(QQuickView::SizeRootObjectToView);
+    view->setTitle(title);
+    view->setSource(QUrl(source));
+    return view;
+}
+
+} // namespace
+
+EdgePanelController::EdgePanelController(QObject* parent)
+    : QObject(parent) {
+    slide_.setDuration(animationMilliseconds);
+    slide_.setEasingCurve(QEasingCurve::InOutCubic);
+    connect(&slide_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+        if (drawer_) {
+            drawer_->setGeometry(value.toRect());
+        }
+    });
+    connect(&slide_, &QVariantAnimation::finished, this, [this] {
+        if (!drawer_) {
+            return;
+        }
+        if (hideAtEnd_) {
+            drawer_->hide();
+        } else {
+            // Ready means the final frame is on screen, not merely scheduled.
+            connect(drawer_, &QQuickWindow::frameSwapped, this, &EdgePanelController::drawerShown,
+                    Qt::SingleShotConnection);
+            drawer_->update();
+        }
+    });
+    if (qEnvironmentVariableIntValue("DAYWYN_REDUCE_MOTION") == 1) {
+        reducedMotion_ = true;
+    } else {
+        watchReducedMotionSetting();
+    }
+}
+
+EdgePanelController::~EdgePanelController() {
+    delete drawer_;
+    delete handle_;
+}
+
+void EdgePanelController::watchReducedMotionSetting() {
+    // GNOME's switch, through the desktop portal so it also works in sandboxes and on
+    // other desktops that implement the key. Asked asynchronously: start-up never waits.
+    auto bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) {
+        return;
+    }
+    QDBusMessage read = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.portal.Desktop"),
+        QStringLiteral("/org/freedesktop/portal/desktop"),
+        QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("Read"));
+    read << QStringLiteral("org.gnome.desktop.interface") << QStringLiteral("enable-animations");
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(read), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this](QDBusPendingCallWatcher* call) {
+                QDBusPendingReply<QDBusVariant> reply = *call;
+                if (reply.isValid()) {
+                    QVariant value = reply.value().variant();
+                    // The portal wraps the value in one more variant.
+                    if (value.canConvert<QDBusVariant>()) {
+                        value = value.value<QDBusVariant>().variant();
+                    }
+                    if (value.typeId() == QMetaType::Bool) {
+                        reducedMotion_ = !value.toBool();
+                    }
+                }
+                call->deleteLater();
+            });
+}
+
+QString EdgePanelController::anchorName() const {
+    const auto raw = rawValue(anchor_);
+    return QString::fromLatin1(raw.data(), static_cast<qsizetype>(raw.size()));
+}
+
+void EdgePanelController::prepare(QQmlEngine& engine) {
+    if (drawer_) {
+        return;
+    }
+    engine.rootContext()->setContextProperty(QStringLiteral("drawer"), this);
+    handle_ = makePanel(engine, QStringLiteral("qrc:/daywyn/Handle.qml"),
+                        Qt::WindowDoesNotAcceptFocus, QStringLiteral("Daywyn handle"));
+    drawer_ =
+        makePanel(engine, QStringLiteral("qrc:/daywyn/Drawer.qml"), {}, QStringLiteral("Daywyn"));
+    connect(qApp, &QGuiApplication::screenAdded, this, &EdgePanelController::screensChanged);
+    connect(qApp, &QGuiApplication::screenRemoved, this, &EdgePanelController::screensChanged);
+    connect(qApp, &QGuiApplication::primaryScreenChanged, this,
+            &EdgePanelController::screensChanged);
+    screensChanged();
+    handle_->show();
+}
+
+QScreen* EdgePanelController::pickScreen() {
+    const auto screens = QGuiApplication::screens();
+    if (QScreen* pointer = QGuiApplication::screenAt(QCursor::pos())) {
+        return pointer;
+    }
+    if (QScreen* primary = QGuiApplication::primaryScreen()) {
+        return primary;
+    }
+    return screens.isEmpty() ? nullptr : screens.first();
+}
+
+void EdgePanelController::screensChanged() {
+    // Every screen's usable area can change (a panel appears, a resolution changes);
+    // watch them all, once each.
+    for (QScreen* screen : QGuiApplication::screens()) {
+        connect(screen, &QScreen::availableGeometryChanged, this, &EdgePanelController::reposition,
+                Qt::UniqueConnection);
+    }
+    if (!currentScreen_ || !QGuiApplication::screens().contains(currentScreen_.data())) {
+        currentScreen_ = pickScreen();
+    }
+    reposition();
+}
+
+DrawerFrames EdgePanelController::frames() const {
+    const QRect v = currentScreen_ ? currentScreen_->availableGeometry() : QRect(0, 0, 1280, 800);
+    return DrawerGeometry::frames({static_cast<double>(v.x()), static_cast<double>(v.y()),
+                                   static_cast<double>(v.width()), static_cast<double>(v.height())},
+                                  anchor_);
+}
+
+void EdgePanelController::reposition() {
+    if (!drawer_) {
+        return;
+    }
+    const DrawerFrames f = frames();
+    handle_->setScreen(currentScreen_);
+    handle_->setGeometry(toRect(f.handle));
+    drawer_->setScreen(currentScreen_);
+    slide_.stop();
+    drawer_->setGeometry(toRect(visible_ ? f.drawerVisible : f.drawerHidden));
+}
+
+void EdgePanelController::setAnchor(EdgeAnchor anchor) {
+    if (anchor == anchor_) {
+        return;
+    }
+    anchor_ = anchor;
+    reposition();
+    Q_EMIT anchorChanged();
+}
+
+void EdgePanelController::slide(const QRect& from, const QRect& to, bool hideAtEnd) {
+    slide_.stop();
+    hideAtEnd_ = hideAtEnd;
+    slide_.setStartValue(from);
+    slide_.setEndValue(to);
+    slide_.start();
+}
+
+void EdgePanelController::show() {
+    if (!drawer_) {
+        return;
+    }
+    const bool wasVisible = visible_ && slide_.state() != QAbstractAnimation::Running;
+    currentScreen_ = pickScreen();
+    const DrawerFrames f = frames();
+    handle_->setScreen(currentScreen_);
+    handle_->setGeometry(toRect(f.handle));
+    drawer_->setScreen(currentScreen_);
+    if (!visible_) {
+        visible_ = true;
+        Q_EMIT isVisibleChanged();
+    }
+    if (wasVisible && drawer_->isVisible()) {
+        drawer_->raise();
+        drawer_->requestActivate();
+        return;
+    }
+    if (reducedMotion_) {
+        slide_.stop();
+        drawer_->setGeometry(toRect(f.drawerVisible));
+        connect(drawer_, &QQuickWindow::frameSwapped, this, &EdgePanelController::drawerShown,
+                Qt::SingleShotConnection);
+        drawer_->show();
+    } else {
+        // Reversing a hide in progress starts from where the drawer is now.
+        const QRect from = slide_.state() == QAbstractAnimation::Running ? drawer_->geometry()
+                                                                         : toRect(f.drawerHidden);
+        drawer_->setGeometry(from);
+        drawer_->show();
+        slide(from, toRect(f.drawerVisible), false);
+    }
+    drawer_->raise();
+    drawer_->requestActivate();
+}
+
+void EdgePanelController::hide() {
+    if (!drawer_ || !visible_) {
+        return;
+    }
+    visible_ = false;
+    Q_EMIT isVisibleChanged();
+    if (reducedMotion_) {
+        slide_.stop();
+        drawer_->hide();
+        return;
+    }
+    slide(drawer_->geometry(), toRect(frames().drawerHidden), true);
+}
+
+void EdgePanelController::toggle() {
+    if (visible_) {
+        hide();
+    } else {
+        show();
+    }
+}
+
+void EdgePanelController::showForQuickAdd() {
+    show();
+    Q_EMIT addFieldFocusRequested();
+}
+
+} // namespace daywyn

@@ -1,0 +1,31 @@
+import QtQuick
+import QtQuick.Controls.Basic
+
+// A compact text or glyph button with a visible keyboard focus ring and a 28 px target.
+AbstractButton {
+    id: control
+    property color tint: theme.text
+    property color fill: "transparent"
+    property bool primary: false
+    implicitHeight: 28
+    implicitWidth: Math.max(28, label.implicitWidth + 16)
+    focusPolicy: Qt.StrongFocus
+    Accessible.name: text
+    contentItem: Text {
+        id: label
+        text: control.text
+        font.pixelSize: 13
+        font.weight: control.primary ? Font.DemiBold : Font.Normal
+        color: control.primary ? theme.ink : (control.enabled ? control.tint : theme.secondaryText)
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+    }
+    background: Rectangle {
+        radius: 8
+        color: control.primary ? theme.coral
+               : control.down ? theme.separator
+               : control.hovered ? theme.raised : control.fill
+        border.width: control.visualFocus ? 2 : 0
+        border.color: theme.focusRing
+    }
+}

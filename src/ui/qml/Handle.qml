@@ -1,0 +1,69 @@
+import QtQuick
+
+// The handle at the screen edge: a thin bar that grows into the logo when the pointer
+// comes near; a click (or Enter/Space from assistive technology) toggles the drawer.
+Item {
+    id: root
+    Accessible.role: Accessible.Button
+    Accessible.name: "Move closer to reveal Daywyn"
+    Accessible.description: "The edge bar expands into the Daywyn logo when the pointer is nearby."
+
+    readonly property bool near: area.containsMouse || drawer.isVisible
+    readonly property bool leftSide: drawer.anchor === "topLeft" || drawer.anchor === "bottomLeft"
+                                     || drawer.anchor === "leftCenter"
+    readonly property bool rightSide: drawer.anchor === "topRight" || drawer.anchor === "bottomRight"
+                                      || drawer.anchor === "rightCenter"
+
+    Rectangle {
+        // The resting bar hugs the screen edge; near, it becomes the full logo tile.
+        id: tile
+        color: theme.ink
+        radius: root.near ? 12 : 3
+        width: root.near ? root.width : (root.leftSide || root.rightSide ? 6 : root.width - 16)
+        height: root.near ? root.height : (root.leftSide || root.rightSide ? root.height - 16 : 6)
+        x: root.near ? 0 : (root.leftSide ? 0 : root.rightSide ? root.width - width
+                                                                : (root.width - width) / 2)
+        y: root.near ? 0 : (root.leftSide || root.rightSide ? (root.height - height) / 2
+                           : drawer.anchor === "topCenter" ? 0 : root.height - height)
+
+        Item {
+            anchors.fill: parent
+            visible: root.near
+            Rectangle {
+                // The sun rising over the horizon, clipped at the line.
+                id: sunClip
+                x: parent.width * 0.24
+                y: parent.height * 0.28
+                width: parent.width * 0.52
+                height: parent.height * 0.36
+                color: "transparent"
+                clip: true
+                Rectangle {
+                    width: parent.width
+                    height: width
+                    radius: width / 2
+                    color: theme.mint
+                }
+            }
+            Rectangle {
+                x: parent.width * 0.16
+                y: parent.height * 0.68
+                width: parent.width * 0.68
+                height: parent.height * 0.08
+                radius: height / 2
+                color: theme.coral
+            }
+        }
+    }
+
+    MouseArea {
+        id: area
+        anchors.fill: parent
+        hoverEnabled: true
+        cursorShape: Qt.PointingHandCursor
+        Accessible.role: Accessible.Button
+        Accessible.name: drawer.isVisible ? "Hide edge drawer" : "Show edge drawer"
+        Accessible.onPressAction: drawer.toggle()
+        onClicked: drawer.toggle()
+    }
+}

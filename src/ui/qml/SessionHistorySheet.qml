@@ -1,0 +1,88 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+
+// A task's work sessions, newest first: add one, edit one, delete one (with undo).
+Sheet {
+    id: sheet
+    title: "History of " + sessions.taskTitle
+    onCloseRequested: sessions.close()
+    property string editingId: ""
+
+    Text {
+        text: sessions.totalText !== "" ? "Recorded " + sessions.totalText : "Nothing recorded yet."
+        font.pixelSize: 12
+        color: theme.secondaryText
+    }
+
+    ListView {
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        clip: true
+        model: sessions
+        spacing: 4
+        delegate: Rectangle {
+            required property string sessionId
+            required property string startText
+            required property string endText
+            required property string span
+            required property string duration
+            width: ListView.view.width
+            height: 40
+            radius: 8
+            color: sheet.editingId === sessionId ? theme.selection : theme.raised
+            RowLayout {
+                anchors.fill: parent
+                anchors.leftMargin: 8
+                Text { Layout.fillWidth: true; text: span; font.pixelSize: 13; color: theme.text; elide: Text.ElideRight }
+                Text { text: duration; font.pixelSize: 12; color: theme.secondaryText }
+                FlatButton {
+                    text: "Edit"
+                    onClicked: { sheet.editingId = sessionId; startField.text = startText; endField.text = endText }
+                }
+                FlatButton {
+                    text: "Delete"
+                    Accessible.name: "Delete session " + span
+                    onClicked: { if (sheet.editingId === sessionId) sheet.editingId = ""; sessions.deleteSession(sessionId) }
+                }
+            }
+        }
+    }
+
+    GridLayout {
+        Layout.fillWidth: true
+        columns: 2
+        Text { text: "Start"; font.pixelSize: 13; color: theme.text }
+        Field { id: startField; Layout.fillWidth: true; text: sessions.suggestedStart(); Accessible.name: "Session start" }
+        Text { text: "End"; font.pixelSize: 13; color: theme.text }
+        Field { id: endField; Layout.fillWidth: true; text: sessions.suggestedEnd(); Accessible.name: "Session end" }
+    }
+
+    Banner { Layout.fillWidth: true; text: sessions.errorMessage }
+
+    RowLayout {
+        Layout.fillWidth: true
+        FlatButton {
+            visible: sessions.undoDescription !== ""
+            text: "Undo"
+            Accessible.name: "Undo " + sessions.undoDescription
+            onClicked: sessions.undo()
+        }
+        Item { Layout.fillWidth: true }
+        FlatButton {
+            visible: sheet.editingId !== ""
+            text: "Cancel edit"
+            onClicked: sheet.editingId = ""
+        }
+        FlatButton {
+            primary: true
+            text: sheet.editingId !== "" ? "Save session" : "Add session"
+            onClicked: {
+                var ok = sheet.editingId !== ""
+                    ? sessions.updateSession(sheet.editingId, startField.text, endField.text)
+                    : sessions.addSession(startField.text, endField.text)
+                if (ok) sheet.editingId = ""
+            }
+        }
+    }
+}

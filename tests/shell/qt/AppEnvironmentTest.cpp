@@ -1,0 +1,85 @@
+#include "shell/qt/AppEnvironment.h"
+
+#include <QQuickView>
+#include <gtest/gtest.h>
+
+#include "shell/qt/EdgePanelController.h"
+#include "support/FakeRepository.h"
+#include "support/TaskBuilder.h"
+#include "support/qt/QtTestSupport.h"
+
+namespace daywyn {
+namespace {
+
+using test::FakeRepository;
+using test::TaskBuilder;
+
+struct Launch {
+    test::ManualClock clock;
+    FakeRepository* repository = nullptr;
+    std::unique_ptr<AppEnvironment> environment;
+};
+
+// An environment over a stored state, at a wall-clock time in Berlin.
+Launch launch(std::vector<TaskItem> tasks, Instant now) {
+    PersistedState state;
+    state.tasks = std::move(tasks);
+    auto repository = FakeRepository::holding(state);
+    Launch result{test::ManualClock(now), repository.get(), nullptr};
+    result.environment = std::make_unique<AppEnvironment>(std::move(repository), test::berlin(),
+                                                          result.clock.function(), false);
+    return result;
+}
+
+TEST(AppEnvironment, StartRunsOnceWithTheFirstMaintenancePassAtOnce) {
+    const Calendar berlin = test::berlin();
+    const Instant lateEvening = test::at(berlin, 2026, 11, 21, 21, 30);
+    Launch app =
+        launch({TaskBuilder("Send invoices").completedAt(lateEvening - 3600)}, lateEvening);
+    EXPECT_FALSE(app.environment->drawerController().isPrepared());
+
+    app.environment->start();
+    app.environment->start();
+
+    // The evening's report was due at launch: it exists before any timer fired.
+    EXPECT_EQ(app.environment->store().reports().size(), 1u);
+    EXPECT_EQ(app.environment->maintenancePasses(), 1);
+    EXPECT_TRUE(app.environment->drawerController().isPrepared());
+    EXPECT_TRUE(app.environment->maintenanceTimer().isActive());
+    EXPECT_EQ(app.environment->maintenanceTimer().interval(), 15'000);
+}
+
+TEST(AppEnvironment, MaintenanceReadsTheClockAfreshEachPass) {
+    const Calendar berlin = test::berlin();
+    Launch app = launch({TaskBuilder("Plan").completedAt(test::at(berlin, 2026, 11, 21, 10))},
+                        test::at(berlin, 2026, 11, 21, 20, 59));
+    app.environment->start();
+    EXPECT_TRUE(app.environment->store().reports().empty());
+
+    // The machine slept through the review hour; the next pass catches up.
+    app.clock.set(test::at(berlin, 2026, 11, 21, 23, 0));
+    app.environment->performMaintenance();
+    EXPECT_EQ(app.environment->store().reports().size(), 1u);
+}
+
+TEST(AppEnvironment, ChangeListenerMovesTheDrawerToTheChosenAnchor) {
+    Launch app = launch({}, test::at(test::berlin(), 2026, 11, 21, 9));
+    // Before start the listener is not installed: nothing is placed yet.
+    app.environment->store().updatePreferences(
+        [](AppPreferences& p) { p.edgeAnchor = EdgeAnchor::rightCenter; });
+    EXPECT_EQ(app.environment->drawerController().anchor(), EdgeAnchor::topLeft);
+
+    app.environment->start();
+    // Start places the drawer at the saved anchor, and every later change follows.
+    EdgePanelController& drawer = app.environment->drawerController();
+    EXPECT_EQ(drawer.anchor(), EdgeAnchor::rightCenter);
+    app.environment->store().updatePreferences(
+        [](AppPreferences& p) { p.edgeAnchor = EdgeAnchor::bottomLeft; });
+    EXPECT_EQ(drawer.anchor(), EdgeAnchor::bottomLeft);
+    const ScreenRect handle = drawer.frames().handle;
+    EXPECT_EQ(drawer.handleWindow()->geometry(),
+              QRect(static_cast<int>(handle.x), static_cast<int>(handle.y), 58, 58));
+}
+
+} // namespace
+} // namespace daywyn

@@ -1,0 +1,47 @@
+#include "QtTestSupport.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QTest>
+
+namespace daywyn::test {
+
+bool waitUntil(const std::function<bool()>& condition) {
+    QDeadlineTimer deadline(5000);
+    while (!condition()) {
+        if (deadline.hasExpired()) {
+            return false;
+        }
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QTest::qWait(5);
+    }
+    return true;
+}
+
+namespace {
+
+// Items of a view are reliably linked as visual children, not always as QObject ones.
+QQuickItem* findIn(QQuickItem* item, const QString& objectName) {
+    if (item->objectName() == objectName) {
+        return item;
+    }
+    for (QQuickItem* child : item->childItems()) {
+        if (QQuickItem* found = findIn(child, objectName)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+QQuickItem* findItem(QQuickWindow& window, const QString& objectName) {
+    return findIn(window.contentItem(), objectName);
+}
+
+void click(QQuickWindow& window, QQuickItem& item) {
+    const QPointF centre = item.mapToScene(QPointF(item.width() / 2, item.height() / 2));
+    QTest::mouseClick(&window, Qt::LeftButton, Qt::NoModifier, centre.toPoint());
+}
+
+} // namespace daywyn::test
