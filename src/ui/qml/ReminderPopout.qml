@@ -31,6 +31,7 @@ Item {
 
     Rectangle {
         id: card
+        objectName: "reminderCard"
         anchors.fill: parent
         anchors.margins: 4
         radius: 12
