@@ -18,7 +18,7 @@ packages=(
   qml6-module-qtqml-workerscript qml6-module-qtquick-templates qml6-module-qtqml
   qml6-module-qttest qt6-qpa-plugins libxcb1-dev
   # hermetic test environment: a private session bus, a virtual display
-  dbus dbus-bin xvfb xauth x11-utils xdotool
+  dbus dbus-bin xvfb xauth x11-utils xdotool openbox
   # measuring the desktop app (scripts/measure-desktop.sh)
   time procps
 )

@@ -119,7 +119,9 @@ void NotificationManager::configure(EdgePanelController* drawer) {
                      SLOT(onNotificationClosed(uint, uint)));
         serverWatcher_ = new QDBusServiceWatcher(kService, bus_,
                                                  QDBusServiceWatcher::WatchForRegistration, this);
+        // A server that starts after Daywyn (a slow session start) gets what waits.
         connect(serverWatcher_, &QDBusServiceWatcher::serviceRegistered, this, [this] {
+            refreshAuthorizationStatus();
             queryCapabilities();
             refreshSchedules(store_.tasks(), store_.preferences(), clock_());
         });

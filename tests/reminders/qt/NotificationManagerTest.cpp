@@ -282,6 +282,20 @@ TEST_F(NotificationManagerTest, SwitchesAndTheTestNotificationNeedANotificationS
     EXPECT_EQ(server->calls()[0].summary, QStringLiteral("Daywyn reminders are ready"));
 }
 
+TEST_F(NotificationManagerTest, AServerStartingAfterDaywynGetsTheRemindersAndItsActions) {
+    open({TaskBuilder("Draft essay").endingAt(clock.now() + 30)}, only(kEndAlerts));
+    EXPECT_TRUE(manager->pending().empty());
+
+    server = std::make_unique<FakeNotificationServer>(kWithActions);
+    ASSERT_TRUE(server->start());
+    ASSERT_TRUE(test::waitUntil([&] { return manager->capabilitiesKnown(); }));
+    EXPECT_EQ(manager->authorizationStatus(), QStringLiteral("authorized"));
+    EXPECT_EQ(manager->pending().size(), 1u);
+    advance(30);
+    ASSERT_TRUE(waitForCalls(1));
+    EXPECT_EQ(server->calls()[0].actions.size(), 8);
+}
+
 TEST_F(NotificationManagerTest, TheReviewNotificationMakesTheDaysReport) {
     server = std::make_unique<FakeNotificationServer>(kWithActions);
     ASSERT_TRUE(server->start());
