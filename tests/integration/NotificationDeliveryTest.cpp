@@ -11,6 +11,7 @@
 #include "reminders/qt/FakeNotificationServer.h"
 #include "reminders/qt/NotificationManager.h"
 #include "shell/qt/AppEnvironment.h"
+#include "shell/qt/EdgePanelController.h"
 #include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
@@ -60,6 +61,38 @@ TEST(NotificationDelivery, EachReminderReachesTheServerAtItsMomentWhileTheAppIdl
     EXPECT_EQ(server.calls().size(), std::size_t(count));
     EXPECT_TRUE(app.notificationManager().pending().empty());
     EXPECT_FALSE(app.notificationManager().nextDelivery().has_value());
+}
+
+TEST(NotificationDelivery, TheAppReschedulesOnEveryChangeAndAClickShowsTheDrawer) {
+    test::FakeNotificationServer server({QStringLiteral("actions")});
+    ASSERT_TRUE(server.start());
+    test::ManualClock clock(test::at(test::berlin(), 2026, 11, 21, 10, 0));
+    PersistedState state;
+    state.tasks = {test::TaskBuilder("Call the bank").startingAt(clock.now() + 600)};
+    AppEnvironment app(test::FakeRepository::holding(state), test::berlin(), clock.function(),
+                       false);
+    app.start();
+    NotificationManager& notifications = app.notificationManager();
+    const auto waiting = [&](const std::string& prefix) {
+        const auto pending = notifications.pending();
+        return std::any_of(pending.begin(), pending.end(),
+                           [&](const auto& p) { return p.identifier.rfind(prefix, 0) == 0; });
+    };
+    EXPECT_FALSE(waiting("daywyn.task."));
+
+    // Any saved change reconciles: here a switch turned on from elsewhere.
+    app.store().updatePreferences([](AppPreferences& p) { p.taskRemindersEnabled = true; });
+    EXPECT_TRUE(waiting("daywyn.task."));
+    app.store().completeTask(app.store().tasks()[0].id, clock.now(), test::berlin());
+    EXPECT_FALSE(waiting("daywyn.task."));
+
+    notifications.sendTestNotification();
+    clock.advance(3);
+    app.performMaintenance();
+    ASSERT_TRUE(test::waitUntil([&] { return server.calls().size() == 1; }));
+    ASSERT_TRUE(test::waitUntil([&] { return notifications.capabilitiesKnown(); }));
+    server.invokeAction(server.calls()[0].id, QStringLiteral("default"));
+    EXPECT_TRUE(test::waitUntil([&] { return app.drawerController().isVisible(); }));
 }
 
 } // namespace
