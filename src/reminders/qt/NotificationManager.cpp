@@ -208,6 +208,20 @@ void NotificationManager::load() {
             late.push_back(*p);
         }
     }
+    // Notifications still on screen from the last run keep their actions, as long as
+    // the same server process shows them.
+    const QString server =
+        bus_.isConnected() ? bus_.interface()->serviceOwner(kService).value() : QString();
+    for (const QJsonValue& value : document.object().value(QStringLiteral("shown")).toArray()) {
+        const QJsonObject o = value.toObject();
+        const QString owner = o.value(QStringLiteral("server")).toString();
+        if (server.isEmpty() || owner != server || !o.value(QStringLiteral("id")).isDouble()) {
+            continue;
+        }
+        Sent sent{o.value(QStringLiteral("identifier")).toString().toStdString(),
+                  Uuid::parse(o.value(QStringLiteral("taskID")).toString().toStdString()), owner};
+        sent_[static_cast<uint>(o.value(QStringLiteral("id")).toDouble())] = sent;
+    }
     std::sort(late.begin(), late.end(),
               [](const Pending& a, const Pending& b) { return a.fireAt < b.fireAt; });
     // Saved before delivering: a crash now must not show them again at the next start.
@@ -224,8 +238,20 @@ std::optional<std::string> NotificationManager::save() {
     for (const Pending& p : pending()) {
         list.append(encodePending(p));
     }
+    QJsonArray shown;
+    for (const auto& [id, sent] : sent_) {
+        QJsonObject o;
+        o[QStringLiteral("id")] = static_cast<double>(id);
+        o[QStringLiteral("identifier")] = qs(sent.identifier);
+        o[QStringLiteral("server")] = sent.server;
+        if (sent.taskId) {
+            o[QStringLiteral("taskID")] = qs(sent.taskId->text());
+        }
+        shown.append(o);
+    }
     QJsonObject root;
     root[QStringLiteral("pending")] = list;
+    root[QStringLiteral("shown")] = shown;
     QSaveFile file(statePath_);
     if (!file.open(QIODevice::WriteOnly) ||
         file.write(QJsonDocument(root).toJson(QJsonDocument::Indented)) < 0 || !file.commit()) {
@@ -392,12 +418,15 @@ void NotificationManager::deliver(const Pending& request, Instant now) {
     call << QStringLiteral("Daywyn") << uint(0) << QStringLiteral("daywyn") << qs(request.title)
          << body << actions << hints << int(-1);
     auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
-    const Sent sent{request.identifier, request.taskId};
+    const Sent sent{request.identifier, request.taskId, QString()};
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
             [this, sent](QDBusPendingCallWatcher* w) {
                 const QDBusPendingReply<uint> reply = *w;
                 if (reply.isValid()) {
-                    sent_[reply.value()] = sent;
+                    Sent shown = sent;
+                    shown.server = w->reply().service();
+                    sent_[reply.value()] = shown;
+                    save();
                 } else {
                     setError("A reminder could not be shown: " +
                              reply.error().message().toStdString());
@@ -414,7 +443,10 @@ void NotificationManager::deliver(const Pending& request, Instant now) {
 
 void NotificationManager::onActionInvoked(uint id, const QString& action) {
     const auto it = sent_.find(id);
-    if (it == sent_.end()) {
+    // The signal comes from whoever owns the server's name now; an id handed out by
+    // an earlier server process means some other notification.
+    if (it == sent_.end() ||
+        it->second.server != bus_.interface()->serviceOwner(kService).value()) {
         return;
     }
     const Sent sent = it->second;
@@ -440,7 +472,9 @@ void NotificationManager::onActionInvoked(uint id, const QString& action) {
 }
 
 void NotificationManager::onNotificationClosed(uint id, uint /*reason*/) {
-    sent_.erase(id);
+    if (sent_.erase(id) > 0) {
+        save();
+    }
 }
 
 void NotificationManager::sendTestNotification() {

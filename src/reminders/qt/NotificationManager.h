@@ -118,9 +118,12 @@ private Q_SLOTS:
     void onNotificationClosed(uint id, uint reason);
 
 private:
+    // A notification on screen: the server's id belongs to the server process that
+    // answered (its unique bus name); another server process reuses ids.
     struct Sent {
         std::string identifier;
         std::optional<Uuid> taskId;
+        QString server;
     };
 
     void queryCapabilities();

@@ -217,6 +217,39 @@ TEST_F(NotificationManagerTest, ARestartDeliversWhatFellDueWhileClosedOnceAndNev
     EXPECT_EQ(server->calls().size(), 1u);
 }
 
+TEST_F(NotificationManagerTest, ANotificationOnScreenKeepsItsActionsAcrossARestartOfDaywyn) {
+    server = std::make_unique<FakeNotificationServer>(kWithActions);
+    ASSERT_TRUE(server->start());
+    open({TaskBuilder("Draft essay").endingAt(clock.now() + 30)}, only(kEndAlerts));
+    ASSERT_TRUE(test::waitUntil([&] { return manager->capabilitiesKnown(); }));
+    advance(30);
+    ASSERT_TRUE(waitForCalls(1));
+    const uint shown = server->calls()[0].id;
+    settle();
+
+    // Daywyn restarts while the notification is still on screen.
+    restart();
+    QSignalSpy handled(manager.get(), &NotificationManager::responseHandled);
+    server->invokeAction(shown, QStringLiteral("DAYWYN_FINISH"));
+    ASSERT_TRUE(test::waitUntil([&] { return handled.count() == 1; }));
+    EXPECT_TRUE(store->tasks().at(0).isComplete);
+
+    // A new server process hands out the same ids for other notifications.
+    server.reset();
+    server = std::make_unique<FakeNotificationServer>(kWithActions);
+    ASSERT_TRUE(server->start());
+    server->invokeAction(shown, QStringLiteral("default"));
+    server->invokeAction(shown + 1, QStringLiteral("default"));
+    // Its own notification, clicked after those, is the only one acted on.
+    manager->sendTestNotification();
+    advance(3);
+    ASSERT_TRUE(waitForCalls(1));
+    server->invokeAction(server->calls()[0].id, QStringLiteral("default"));
+    ASSERT_TRUE(test::waitUntil([&] { return handled.count() >= 2; }));
+    EXPECT_EQ(handled.count(), 2);
+    EXPECT_EQ(handled.at(1).at(0).toString(), QStringLiteral("daywyn.manual-test"));
+}
+
 TEST_F(NotificationManagerTest, ARestartMoreThanAnHourLateDropsTheRequest) {
     server = std::make_unique<FakeNotificationServer>(kWithActions);
     ASSERT_TRUE(server->start());
