@@ -50,6 +50,7 @@ public:
                                  const std::vector<CalendarEventItem>& events, Instant now);
     // The settings screen's sample, shown without touching what was seen or snoozed.
     void preview(Instant now);
+    Q_INVOKABLE void preview() { preview(clock_()); }
 
     // Screen lock: closes a visible pop-out and holds back the next until unlocked.
     void setLocked(bool locked);

@@ -80,6 +80,9 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("editor"), editor_);
         context->setContextProperty(QStringLiteral("sessions"), sessions_);
         context->setContextProperty(QStringLiteral("history"), history_);
+        // The settings screens' notification switches, messages and previews.
+        context->setContextProperty(QStringLiteral("notifications"), notificationManager_);
+        context->setContextProperty(QStringLiteral("drawerReminders"), drawerReminders_);
     }
     return *engine_;
 }
