@@ -97,6 +97,8 @@ TEST_F(NotificationManagerTest, EndOfBlockNotificationOffersItsActionsOnlyToServ
         open({TaskBuilder("Draft essay").endingAt(clock.now() + 30)}, only(kEndAlerts));
         ASSERT_TRUE(test::waitUntil([&] { return manager->capabilitiesKnown(); }));
         EXPECT_EQ(manager->pending().size(), 1u);
+        // The store remembers it, so the rules do not ask for it again.
+        EXPECT_EQ(store->tasks()[0].notifiedOverdueEnd, clock.now() + 30);
 
         advance(30);
 
