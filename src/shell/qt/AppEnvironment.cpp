@@ -5,6 +5,10 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 
+#include "reminders/qt/DrawerReminderCoordinator.h"
+#include "reminders/qt/NotificationManager.h"
+#include "reminders/qt/ScreenLockWatcher.h"
+#include "reminders/qt/SoundEffectChime.h"
 #include "shell/qt/EdgePanelController.h"
 #include "ui/qt/CompletedHistoryModel.h"
 #include "ui/qt/SessionHistoryModel.h"
@@ -19,11 +23,21 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     : QObject(parent)
     , calendar_(std::move(calendar))
     , clock_(std::move(clock)) {
-    // The drawer reminder coordinator is created first once drawer reminders exist.
+    drawerReminders_ = new DrawerReminderCoordinator(
+        DrawerReminderCoordinator::defaultSettingsPath(), calendar_, clock_, this);
+    screenLock_ =
+        new ScreenLockWatcher(QDBusConnection::sessionBus(), QDBusConnection::systemBus(), this);
+    connect(screenLock_, &ScreenLockWatcher::lockedChanged, drawerReminders_,
+            &DrawerReminderCoordinator::setLocked);
     store_ = std::make_unique<TodayTaskStore>(std::move(repository), clock_(), calendar_);
     drawerController_ = new EdgePanelController(this);
-    // The notification, calendar, voice capture, launch-at-login and quick-capture
-    // controllers are created here, in that order, as each arrives.
+    drawerController_->setReminderChime(std::make_unique<SoundEffectChime>());
+    drawerReminders_->setPresenter(drawerController_);
+    notificationManager_ =
+        new NotificationManager(*store_, calendar_, clock_, NotificationManager::defaultStatePath(),
+                                QDBusConnection::sessionBus(), this);
+    // The calendar, voice capture, launch-at-login and quick-capture controllers are
+    // created here, in that order, as each arrives.
     theme_ = new Theme(darkTheme, this);
     today_ = new TodayModel(*store_, calendar_, clock_, this);
     editor_ = new TaskEditor(*store_, calendar_, clock_, this);
@@ -42,6 +56,10 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
 AppEnvironment::~AppEnvironment() {
     // The listener must not outlive the controllers it reaches.
     store_->setOnMeaningfulChange({});
+    drawerReminders_->setPresenter(nullptr);
+    // It holds the store by reference.
+    delete notificationManager_;
+    notificationManager_ = nullptr;
     // Windows first (they use the engine), then the engine (it uses the models), then
     // the models (they observe the store), and the store last as a member.
     delete drawerController_;
@@ -62,6 +80,9 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("editor"), editor_);
         context->setContextProperty(QStringLiteral("sessions"), sessions_);
         context->setContextProperty(QStringLiteral("history"), history_);
+        // The settings screens' notification switches, messages and previews.
+        context->setContextProperty(QStringLiteral("notifications"), notificationManager_);
+        context->setContextProperty(QStringLiteral("drawerReminders"), drawerReminders_);
     }
     return *engine_;
 }
@@ -73,16 +94,22 @@ void AppEnvironment::start() {
     hasStarted_ = true;
     // Quick capture starts here (its global shortcut) once it exists.
     drawerController_->prepare(engine());
-    // Notifications are configured with the store and the drawer, the calendar manager
-    // with the store, and the launch-at-login state refreshed here, in that order.
+    notificationManager_->configure(drawerController_);
+    // The calendar manager is configured with the store, and the launch-at-login state
+    // refreshed here, in that order.
 
     // The listener reaches the controllers weakly: it never keeps one alive, and a
     // controller gone at shutdown is simply skipped.
     QPointer<EdgePanelController> drawer = drawerController_;
+    QPointer<NotificationManager> notifications = notificationManager_;
+    Clock clock = clock_;
     store_->setOnMeaningfulChange(
-        [drawer](const std::vector<TaskItem>&, const AppPreferences& preferences) {
-            // Pending notifications are reconciled here, and today's calendar events
-            // refreshed when calendar integration is on.
+        [drawer, notifications, clock](const std::vector<TaskItem>& tasks,
+                                       const AppPreferences& preferences) {
+            if (notifications) {
+                notifications->refreshSchedules(tasks, preferences, clock());
+            }
+            // Today's calendar events are refreshed here when calendar integration is on.
             if (drawer) {
                 drawer->setAnchor(preferences.edgeAnchor);
             }
@@ -109,8 +136,11 @@ void AppEnvironment::performMaintenance() {
     // Google calendars refresh first here once connected accounts exist.
     const Instant now = clock_();
     store_->generateDueReportIfNeeded(now, calendar_);
-    // Then: calendars reload when the day changed, and drawer reminders are checked
-    // against the tasks and the de-duplicated events.
+    // A notification timer that stood still through a suspend delivers now.
+    notificationManager_->catchUp();
+    // Calendars reload here when the day changed; their de-duplicated events then go
+    // to the drawer reminders in place of this empty list.
+    drawerReminders_->check(store_->tasks(), {}, now);
     ++maintenancePasses_;
     Q_EMIT maintenancePerformed();
 }

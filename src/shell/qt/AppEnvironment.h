@@ -16,7 +16,10 @@ class QQmlEngine;
 namespace daywyn {
 
 class CompletedHistoryModel;
+class DrawerReminderCoordinator;
 class EdgePanelController;
+class NotificationManager;
+class ScreenLockWatcher;
 class SessionHistoryModel;
 class TaskEditor;
 class Theme;
@@ -54,6 +57,8 @@ public:
     const Calendar& calendar() const { return calendar_; }
     TodayTaskStore& store() { return *store_; }
     EdgePanelController& drawerController() { return *drawerController_; }
+    NotificationManager& notificationManager() { return *notificationManager_; }
+    DrawerReminderCoordinator& drawerReminders() { return *drawerReminders_; }
     TodayModel& today() { return *today_; }
     TaskEditor& editor() { return *editor_; }
     Theme& theme() { return *theme_; }
@@ -69,9 +74,12 @@ private Q_SLOTS:
 private:
     Calendar calendar_;
     Clock clock_;
-    std::unique_ptr<TodayTaskStore> store_;
     // Owned through QObject parenting; declared in construction order.
+    DrawerReminderCoordinator* drawerReminders_ = nullptr;
+    ScreenLockWatcher* screenLock_ = nullptr;
+    std::unique_ptr<TodayTaskStore> store_;
     EdgePanelController* drawerController_ = nullptr;
+    NotificationManager* notificationManager_ = nullptr;
     Theme* theme_ = nullptr;
     TodayModel* today_ = nullptr;
     TaskEditor* editor_ = nullptr;
