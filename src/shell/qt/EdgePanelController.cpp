@@ -263,7 +263,10 @@ void EdgePanelController::presentReminder(const DrawerReminder& reminder, bool p
                               Qt::WindowDoesNotAcceptFocus, QStringLiteral("Daywyn reminder"));
         reminder_->setColor(Qt::transparent);
     }
-    currentScreen_ = pickScreen(false);
+    // The pop-out joins the drawer's screen while that screen is still attached.
+    if (!currentScreen_ || !QGuiApplication::screens().contains(currentScreen_.data())) {
+        currentScreen_ = pickScreen();
+    }
     const QRect v = currentScreen_ ? currentScreen_->availableGeometry() : QRect(0, 0, 1280, 800);
     reminder_->setScreen(currentScreen_);
     reminder_->setGeometry(toRect(DrawerGeometry::reminderFrame(
