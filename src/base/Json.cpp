@@ -1,6 +1,12 @@
 #include "base/Json.h"
 
+#include <charconv>
+#include <cstdint>
+
+#include <rapidjson/encodedstream.h>
 #include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
 
 namespace daywyn {
 
@@ -8,50 +14,90 @@ void useTwoSpaceIndent(PrettyJsonWriter& writer) {
     writer.SetIndent(' ', 2);
 }
 
-bool hasZeroWithExponent(std::string_view text) {
-    for (std::size_t e = text.find_first_of("eE"); e != std::string_view::npos;
-         e = text.find_first_of("eE", e + 1)) {
-        // Walk back over the significand: digits and at most one point, all zeros.
-        std::size_t i = e;
-        bool sawDigit = false;
-        bool allZero = true;
-        while (i > 0 && ((text[i - 1] >= '0' && text[i - 1] <= '9') || text[i - 1] == '.')) {
-            --i;
-            if (text[i] != '.') {
-                sawDigit = true;
-                allZero = allZero && text[i] == '0';
+namespace {
+
+// Hands a reader's events to a document, turning the text of each number into its
+// exact value. RapidJSON's own full-precision number reader misreads some inputs
+// ("0e88", long runs of zeros) with undefined behaviour, and its fast reader can be
+// one unit in the last place off, which breaks exact round trips of doubles.
+class ExactNumbers {
+public:
+    explicit ExactNumbers(rapidjson::Document& document)
+        : d_(document) {}
+
+    bool Null() { return d_.Null(); }
+    bool Bool(bool b) { return d_.Bool(b); }
+    bool Int(int i) { return d_.Int(i); }
+    bool Uint(unsigned i) { return d_.Uint(i); }
+    bool Int64(std::int64_t i) { return d_.Int64(i); }
+    bool Uint64(std::uint64_t i) { return d_.Uint64(i); }
+    bool Double(double v) { return d_.Double(v); }
+    bool String(const char* s, rapidjson::SizeType n, bool copy) { return d_.String(s, n, copy); }
+    bool StartObject() { return d_.StartObject(); }
+    bool Key(const char* s, rapidjson::SizeType n, bool copy) { return d_.Key(s, n, copy); }
+    bool EndObject(rapidjson::SizeType n) { return d_.EndObject(n); }
+    bool StartArray() { return d_.StartArray(); }
+    bool EndArray(rapidjson::SizeType n) { return d_.EndArray(n); }
+
+    // The reader has checked the number's syntax; only its value is left to find.
+    bool RawNumber(const char* s, rapidjson::SizeType n, bool) {
+        const char* end = s + n;
+        const std::string_view text(s, n);
+        if (text.find_first_of(".eE") == std::string_view::npos) {
+            std::int64_t i = 0;
+            if (auto r = std::from_chars(s, end, i); r.ec == std::errc{} && r.ptr == end) {
+                return d_.Int64(i);
             }
+            std::uint64_t u = 0;
+            if (auto r = std::from_chars(s, end, u); r.ec == std::errc{} && r.ptr == end) {
+                return d_.Uint64(u);
+            }
+            // Beyond 64 bits: a double, as every JSON reader does.
         }
-        if (sawDigit && allZero) {
-            return true;
+        double v = 0.0;
+        const auto r = std::from_chars(s, end, v);
+        if (r.ec == std::errc::result_out_of_range) {
+            // Too small to represent reads as zero; too large is refused.
+            const bool tiny = text.find("e-") != std::string_view::npos ||
+                              text.find("E-") != std::string_view::npos;
+            return tiny && d_.Double(text.front() == '-' ? -0.0 : 0.0);
         }
+        return r.ec == std::errc{} && r.ptr == end && d_.Double(v);
     }
-    return false;
+
+private:
+    rapidjson::Document& d_;
+};
+
+template <unsigned Flags, typename Stream>
+rapidjson::ParseResult parseExactly(Stream& stream, rapidjson::Document& document) {
+    rapidjson::ParseResult result;
+    auto generate = [&stream, &result](rapidjson::Document& target) {
+        ExactNumbers handler(target);
+        rapidjson::Reader reader;
+        result = reader.Parse<Flags | rapidjson::kParseNumbersAsStringsFlag>(stream, handler);
+        return !result.IsError();
+    };
+    document.Populate(generate);
+    return result;
 }
 
+} // namespace
+
 bool parseJsonInPlace(std::string& text, rapidjson::Document& document) {
-    if (hasZeroWithExponent(text)) {
-        document.ParseInsitu(text.data());
-    } else {
-        // Full precision: without it about one fractional double in seven comes back
-        // one unit in the last place off, which breaks exact round trips.
-        document.ParseInsitu<rapidjson::kParseFullPrecisionFlag>(text.data());
-    }
-    return !document.HasParseError();
+    rapidjson::InsituStringStream stream(text.data());
+    return !parseExactly<rapidjson::kParseInsituFlag>(stream, document).IsError();
 }
 
 Result<rapidjson::Document> parseJson(std::string_view text) {
     rapidjson::Document document;
-    constexpr unsigned kFlags = rapidjson::kParseValidateEncodingFlag;
-    if (hasZeroWithExponent(text)) {
-        document.Parse<kFlags>(text.data(), text.size());
-    } else {
-        document.Parse<kFlags | rapidjson::kParseFullPrecisionFlag>(text.data(), text.size());
-    }
-    if (document.HasParseError()) {
-        return Error{std::string("Invalid JSON at byte ") +
-                     std::to_string(document.GetErrorOffset()) + ": " +
-                     rapidjson::GetParseError_En(document.GetParseError())};
+    rapidjson::MemoryStream memory(text.data(), text.size());
+    rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(memory);
+    const rapidjson::ParseResult result =
+        parseExactly<rapidjson::kParseValidateEncodingFlag>(stream, document);
+    if (result.IsError()) {
+        return Error{std::string("Invalid JSON at byte ") + std::to_string(result.Offset()) + ": " +
+                     rapidjson::GetParseError_En(result.Code())};
     }
     return document;
 }
