@@ -3,6 +3,7 @@
 #include <climits>
 #include <cmath>
 
+#include <unicode/datefmt.h>
 #include <unicode/gregocal.h>
 #include <unicode/locid.h>
 #include <unicode/timezone.h>
@@ -183,6 +184,30 @@ bool Calendar::isWeekend(Instant at) const {
     UErrorCode status = U_ZERO_ERROR;
     const bool weekend = calendar_->isWeekend(std::floor(at.seconds * 1000.0), status);
     return U_SUCCESS(status) && weekend;
+}
+
+std::string Calendar::shortTimeText(Instant at) const {
+    const double udate = std::floor(at.seconds * 1000.0);
+    if (!representable(udate)) {
+        return {};
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    icu::Locale locale = calendar_->getLocale(ULOC_VALID_LOCALE, status);
+    if (U_FAILURE(status)) {
+        locale = icu::Locale::getDefault();
+    }
+    std::unique_ptr<icu::DateFormat> format(
+        icu::DateFormat::createTimeInstance(icu::DateFormat::kShort, locale));
+    if (!format) {
+        return {};
+    }
+    // The formatter would otherwise show the process's zone, not this calendar's.
+    format->setTimeZone(calendar_->getTimeZone());
+    icu::UnicodeString text;
+    format->format(udate, text);
+    std::string out;
+    text.toUTF8String(out);
+    return out;
 }
 
 } // namespace daywyn

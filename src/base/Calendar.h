@@ -70,6 +70,9 @@ public:
     DateParts parts(Instant at) const;
     // Whether the day of `at` is a weekend day for this calendar's locale.
     bool isWeekend(Instant at) const;
+    // The wall-clock time of `at` in the short time style of the calendar's locale,
+    // without a date ("9:05 AM" in en_US, "09:05" in de_DE). Empty if ICU fails.
+    std::string shortTimeText(Instant at) const;
 
 private:
     std::optional<Instant> adding(Instant at, int field, long long amount) const;

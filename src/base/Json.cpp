@@ -8,12 +8,46 @@ void useTwoSpaceIndent(PrettyJsonWriter& writer) {
     writer.SetIndent(' ', 2);
 }
 
+bool hasZeroWithExponent(std::string_view text) {
+    for (std::size_t e = text.find_first_of("eE"); e != std::string_view::npos;
+         e = text.find_first_of("eE", e + 1)) {
+        // Walk back over the significand: digits and at most one point, all zeros.
+        std::size_t i = e;
+        bool sawDigit = false;
+        bool allZero = true;
+        while (i > 0 && ((text[i - 1] >= '0' && text[i - 1] <= '9') || text[i - 1] == '.')) {
+            --i;
+            if (text[i] != '.') {
+                sawDigit = true;
+                allZero = allZero && text[i] == '0';
+            }
+        }
+        if (sawDigit && allZero) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool parseJsonInPlace(std::string& text, rapidjson::Document& document) {
+    if (hasZeroWithExponent(text)) {
+        document.ParseInsitu(text.data());
+    } else {
+        // Full precision: without it about one fractional double in seven comes back
+        // one unit in the last place off, which breaks exact round trips.
+        document.ParseInsitu<rapidjson::kParseFullPrecisionFlag>(text.data());
+    }
+    return !document.HasParseError();
+}
+
 Result<rapidjson::Document> parseJson(std::string_view text) {
     rapidjson::Document document;
-    // Full precision: without it about one fractional double in seven comes back
-    // one unit in the last place off, which breaks exact round trips.
-    document.Parse<rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag>(
-        text.data(), text.size());
+    constexpr unsigned kFlags = rapidjson::kParseValidateEncodingFlag;
+    if (hasZeroWithExponent(text)) {
+        document.Parse<kFlags>(text.data(), text.size());
+    } else {
+        document.Parse<kFlags | rapidjson::kParseFullPrecisionFlag>(text.data(), text.size());
+    }
     if (document.HasParseError()) {
         return Error{std::string("Invalid JSON at byte ") +
                      std::to_string(document.GetErrorOffset()) + ": " +

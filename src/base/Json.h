@@ -35,6 +35,15 @@ inline constexpr double kReferenceDateOffset = 978307200.0;
 // Two-space indentation, the state file's layout.
 void useTwoSpaceIndent(PrettyJsonWriter& writer);
 
+// RapidJSON's full-precision number reader misreads a zero written with an exponent
+// ("0e50", "-0.00E-40") and steps into undefined behaviour doing so. Text holding such
+// a number must be parsed with the ordinary reader, which reads zero right.
+bool hasZeroWithExponent(std::string_view text);
+
+// Parses a whole document in place (strings point into `text`, which must end in a
+// NUL and outlive the document), keeping every double exactly as written.
+bool parseJsonInPlace(std::string& text, rapidjson::Document& document);
+
 // Parses a whole document, keeping every double exactly as written.
 // The error names the offset of the first problem.
 Result<rapidjson::Document> parseJson(std::string_view text);

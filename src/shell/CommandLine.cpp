@@ -110,16 +110,38 @@ struct Arguments {
     }
 };
 
-Arguments splitArguments(const std::vector<std::string>& args,
-                         std::initializer_list<std::string_view> known) {
+// "-x" and "--name" are options; "-5 push-ups", "- buy milk" and "-" are text.
+bool looksLikeOption(const std::string& a) {
+    return a.size() > 1 && a[0] == '-' &&
+           (a[1] == '-' || std::isalpha(static_cast<unsigned char>(a[1])));
+}
+
+// The options each verb knows.
+std::vector<std::string_view> optionsOf(std::string_view verb) {
+    if (verb == "add") {
+        return {"--dry-run", "--json"};
+    }
+    if (verb == "today" || verb == "split") {
+        return {"--json"};
+    }
+    if (verb == "export") {
+        return {"--json", "--csv"};
+    }
+    if (verb == "report") {
+        return {"--list", "--json"};
+    }
+    return {};
+}
+
+Arguments splitArguments(const std::vector<std::string>& args) {
+    const std::vector<std::string_view> known = optionsOf(args[0]);
     Arguments parsed;
     bool onlyWords = false;
     for (std::size_t i = 1; i < args.size(); ++i) {
         const std::string& a = args[i];
         if (!onlyWords && a == "--") {
             onlyWords = true;
-        } else if (!onlyWords && a.size() > 1 && a[0] == '-' &&
-                   !(a.size() > 1 && std::isdigit(static_cast<unsigned char>(a[1])))) {
+        } else if (!onlyWords && looksLikeOption(a)) {
             if (std::find(known.begin(), known.end(), a) != known.end()) {
                 parsed.flags.push_back(a);
             } else if (!parsed.unknownFlag) {
@@ -130,6 +152,31 @@ Arguments splitArguments(const std::vector<std::string>& args,
         }
     }
     return parsed;
+}
+
+// What is wrong with a known verb's arguments, if anything. Checked before the store
+// is opened, so that a mistyped command never takes the lock or touches the file.
+std::optional<CommandOutput> usageProblem(const std::vector<std::string>& args) {
+    const std::string& verb = args[0];
+    const Arguments a = splitArguments(args);
+    if (a.unknownFlag) {
+        return usageError(verb, "Unknown option " + *a.unknownFlag + ".");
+    }
+    if ((verb == "today" || verb == "report") && !a.words.empty()) {
+        return usageError(verb, "It takes no words.");
+    }
+    if (verb == "export" && (a.has("--json") == a.has("--csv") || a.words.size() != 1)) {
+        return usageError(verb, "Give either --json or --csv, and one file path.");
+    }
+    const bool taskVerb = verb == "done" || verb == "reopen" || verb == "start" || verb == "stop" ||
+                          verb == "pin" || verb == "delete";
+    if (taskVerb && a.words.size() > 1) {
+        return usageError(verb, "It takes one task id.");
+    }
+    if (taskVerb && a.words.empty() && verb != "stop") {
+        return usageError(verb, "Give the start of a task id (see 'daywyn today').");
+    }
+    return std::nullopt;
 }
 
 std::string joined(const std::vector<std::string>& words) {
@@ -217,23 +264,18 @@ Result<const TaskItem*> findByPrefix(const TodayTaskStore& store, std::string_vi
     return found;
 }
 
-// The store keeps a change in memory when its save fails and reports it here.
-std::optional<std::string> saveFailureAfter(const TodayTaskStore& store,
-                                            const std::optional<std::string>& before) {
-    if (store.persistenceError() && store.persistenceError() != before) {
-        return store.persistenceError();
-    }
-    return std::nullopt;
+// Called right after an operation that saved: the store keeps a change in memory when
+// its save fails and reports it here. A successful save clears the error, so one that
+// is still present is this save's, even when an earlier save failed the same way.
+std::optional<std::string> saveFailure(const TodayTaskStore& store) {
+    return store.persistenceError();
 }
 
 // ---- verbs ----
 
 CommandOutput runAdd(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
                      const Calendar& calendar) {
-    const Arguments a = splitArguments(args, {"--dry-run", "--json"});
-    if (a.unknownFlag) {
-        return usageError("add", "Unknown option " + *a.unknownFlag + ".");
-    }
+    const Arguments a = splitArguments(args);
     const TaskDraft draft = QuickTaskParser::draft(joined(a.words), now, calendar);
     if (auto message = draft.validationMessage()) {
         return failure(*message);
@@ -306,11 +348,7 @@ void appendTaskLine(std::string& out, const TaskItem& task, Instant now, const C
 
 CommandOutput runToday(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
                        const Calendar& calendar) {
-    const Arguments a = splitArguments(args, {"--json"});
-    if (a.unknownFlag || !a.words.empty()) {
-        return usageError("today", a.unknownFlag ? "Unknown option " + *a.unknownFlag + "."
-                                                 : std::string("It takes no words."));
-    }
+    const Arguments a = splitArguments(args);
     const TaskDaySections sections = store.taskSections(now, calendar);
     const std::pair<const char*, const std::vector<const TaskItem*>*> lists[] = {
         {"priorities", &sections.priorities},
@@ -360,25 +398,15 @@ CommandOutput runToday(TodayTaskStore& store, const std::vector<std::string>& ar
 CommandOutput runTaskVerb(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
                           const Calendar& calendar) {
     const std::string& verb = args[0];
-    const Arguments a = splitArguments(args, {});
-    if (a.unknownFlag) {
-        return usageError(verb, "Unknown option " + *a.unknownFlag + ".");
-    }
-    if (a.words.size() > 1) {
-        return usageError(verb, "It takes one task id.");
-    }
-    if (a.words.empty()) {
-        if (verb != "stop") {
-            return usageError(verb, "Give the start of a task id (see 'daywyn today').");
-        }
+    const Arguments a = splitArguments(args);
+    if (a.words.empty()) { // only "stop" may leave the task out
         const TaskItem* active = store.activeTask();
         if (!active) {
             return success("No timer is running.\n");
         }
         const std::string title = active->title;
-        const auto before = store.persistenceError();
         store.toggleTimer(active->id, now);
-        if (auto error = saveFailureAfter(store, before)) {
+        if (auto error = saveFailure(store)) {
             return failure(*error);
         }
         return success("Stopped " + title + ".\n");
@@ -388,7 +416,6 @@ CommandOutput runTaskVerb(TodayTaskStore& store, const std::vector<std::string>&
         return failure(found.error());
     }
     const TaskItem task = *found.value();
-    const auto before = store.persistenceError();
     std::string message;
     if (verb == "done") {
         if (task.isComplete) {
@@ -420,6 +447,10 @@ CommandOutput runTaskVerb(TodayTaskStore& store, const std::vector<std::string>&
         store.toggleTimer(task.id, now);
         message = "Stopped " + task.title + ".";
     } else if (verb == "pin") {
+        // Say why a completed task cannot be pinned; the store only says it is unavailable.
+        if (task.isComplete) {
+            return failure(task.title + " is completed; reopen it before pinning it.");
+        }
         if (auto error = store.togglePriority(task.id)) {
             return failure(*error);
         }
@@ -433,20 +464,14 @@ CommandOutput runTaskVerb(TodayTaskStore& store, const std::vector<std::string>&
         }
         message = "Deleted " + task.title + ".";
     }
-    if (auto error = saveFailureAfter(store, before)) {
+    if (auto error = saveFailure(store)) {
         return failure(*error);
     }
     return success(message + "\n");
 }
 
 CommandOutput runExport(TodayTaskStore& store, const std::vector<std::string>& args, Instant now) {
-    const Arguments a = splitArguments(args, {"--json", "--csv"});
-    if (a.unknownFlag) {
-        return usageError("export", "Unknown option " + *a.unknownFlag + ".");
-    }
-    if (a.has("--json") == a.has("--csv") || a.words.size() != 1) {
-        return usageError("export", "Give either --json or --csv, and one file path.");
-    }
+    const Arguments a = splitArguments(args);
     const TaskDataExport data{1, now, store.tasks(), store.reports()};
     const std::string bytes = a.has("--csv") ? data.csv() : data.json();
     const std::string& path = a.words[0];
@@ -490,11 +515,7 @@ std::string reportsJson(const std::vector<DailyReport>& reports) {
 
 CommandOutput runReport(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
                         const Calendar& calendar) {
-    const Arguments a = splitArguments(args, {"--list", "--json"});
-    if (a.unknownFlag || !a.words.empty()) {
-        return usageError("report", a.unknownFlag ? "Unknown option " + *a.unknownFlag + "."
-                                                  : std::string("It takes no words."));
-    }
+    const Arguments a = splitArguments(args);
     if (a.has("--list")) {
         if (a.has("--json")) {
             return success(reportsJson(store.reports()));
@@ -510,9 +531,9 @@ CommandOutput runReport(TodayTaskStore& store, const std::vector<std::string>& a
         }
         return success(out);
     }
-    const auto before = store.persistenceError();
     const auto report = store.generateDueReportIfNeeded(now, calendar);
-    if (auto error = saveFailureAfter(store, before)) {
+    // Only a generated report was saved; without one, an older error is not this verb's.
+    if (auto error = report ? saveFailure(store) : std::nullopt) {
         return failure(*error);
     }
     if (!report) {
@@ -531,10 +552,7 @@ CommandOutput runReport(TodayTaskStore& store, const std::vector<std::string>& a
 
 CommandOutput runSplit(const std::vector<std::string>& args, Instant now,
                        const Calendar& calendar) {
-    const Arguments a = splitArguments(args, {"--json"});
-    if (a.unknownFlag) {
-        return usageError("split", "Unknown option " + *a.unknownFlag + ".");
-    }
+    const Arguments a = splitArguments(args);
     const auto candidates = VoiceTaskParser::candidates(joined(a.words), now, calendar);
     if (a.has("--json")) {
         JsonBuffer buffer;
@@ -582,8 +600,11 @@ VerbAccess verbAccess(const std::vector<std::string>& args) {
     if (args.empty()) {
         return VerbAccess::reading;
     }
-    const auto has = [&args](std::string_view flag) {
-        return std::find(args.begin() + 1, args.end(), flag) != args.end();
+    // Only options before "--" count: after it every argument is a word of the text,
+    // so "add -- --help" adds a task called "--help".
+    const auto optionsEnd = std::find(args.begin() + 1, args.end(), "--");
+    const auto has = [&args, optionsEnd](std::string_view flag) {
+        return std::find(args.begin() + 1, optionsEnd, flag) != optionsEnd;
     };
     if (has("--help") || has("-h")) {
         return VerbAccess::reading;
@@ -592,7 +613,11 @@ VerbAccess verbAccess(const std::vector<std::string>& args) {
     if (verb == "report") {
         return has("--list") ? VerbAccess::reading : VerbAccess::writing;
     }
-    for (const char* writing : {"add", "done", "reopen", "start", "stop", "pin", "delete"}) {
+    // A dry run saves nothing, so it must not take the lock or create the file either.
+    if (verb == "add") {
+        return has("--dry-run") ? VerbAccess::reading : VerbAccess::writing;
+    }
+    for (const char* writing : {"done", "reopen", "start", "stop", "pin", "delete"}) {
         if (verb == writing) {
             return VerbAccess::writing;
         }
@@ -625,11 +650,11 @@ std::optional<CommandOutput> checkWithoutStore(const std::vector<std::string>& a
             return success(help);
         }
     }
+    if (auto problem = usageProblem(args)) {
+        return problem;
+    }
     if (verb == "add") {
-        const Arguments a = splitArguments(args, {"--dry-run", "--json"});
-        if (a.unknownFlag) {
-            return usageError("add", "Unknown option " + *a.unknownFlag + ".");
-        }
+        const Arguments a = splitArguments(args);
         if (auto message =
                 QuickTaskParser::draft(joined(a.words), now, calendar).validationMessage()) {
             return failure(*message);

@@ -22,7 +22,7 @@ struct CommandOutput {
 
 // How a verb touches the user's data.
 enum class VerbAccess {
-    // Reads the store only (today, split, report --list, export, help).
+    // Reads the store only (today, split, report --list, export, add --dry-run, help).
     reading,
     // Changes the store (add, done, reopen, start, stop, pin, delete, report): while
     // the desktop app runs these are forwarded to it, so it stays the only writer.

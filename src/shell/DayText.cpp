@@ -13,10 +13,16 @@ constexpr const char* kMonths[] = {"January",   "February", "March",    "April",
                                    "September", "October",  "November", "December"};
 
 std::string dayText(const DateParts& p, bool withYear) {
-    std::string text = std::string(kWeekdays[(p.weekday + 6) % 7]) + " " + std::to_string(p.day) +
-                       " " + kMonths[(p.month + 11) % 12];
+    // Appended piece by piece: GCC 12 warns falsely (-Wrestrict) about a chain of
+    // string concatenations here when optimising.
+    std::string text = kWeekdays[(p.weekday + 6) % 7];
+    text += ' ';
+    text += std::to_string(p.day);
+    text += ' ';
+    text += kMonths[(p.month + 11) % 12];
     if (withYear) {
-        text += " " + std::to_string(p.year);
+        text += ' ';
+        text += std::to_string(p.year);
     }
     return text;
 }

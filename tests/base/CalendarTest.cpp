@@ -97,5 +97,14 @@ TEST(Calendar, DefaultCalendarUsesTheProcessZone) {
     EXPECT_EQ(isoText(process.startOfDay(Instant{1772612100.0})), "2026-03-03T18:15:00Z");
 }
 
+TEST(Calendar, ShortTimeTextFollowsTheCalendarsZoneAndLocale) {
+    // The same instant reads differently in each calendar, whatever the process zone.
+    const Calendar ny = test::newYork();
+    const Instant evening = at(ny, 2026, 11, 20, 18, 5);
+    EXPECT_EQ(ny.shortTimeText(evening), "6:05\u202FPM");
+    EXPECT_EQ(test::berlin().shortTimeText(evening), "00:05");
+    EXPECT_EQ(ny.shortTimeText(Instant{1e300}), "");
+}
+
 } // namespace
 } // namespace daywyn

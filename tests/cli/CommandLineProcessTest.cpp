@@ -59,11 +59,13 @@ TEST_F(DaywynCommand, AddSavesTheTaskAndSaysWhatItRecognised) {
               fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(DaywynCommand, AnEmptyTitleIsRefusedAndNothingIsWritten) {
+TEST_F(DaywynCommand, RefusedCommandsWriteNothing) {
     const auto result = daywyn({"add", "tomorrow at 9"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "Give the task a title.\n");
     EXPECT_TRUE(result.out.empty());
+    EXPECT_EQ(daywyn({"done"}).status, 2);
+    EXPECT_EQ(daywyn({"delete", "--force", "ab"}).status, 2);
     EXPECT_FALSE(fs::exists(stateFile));
 
     ASSERT_EQ(daywyn({"add", "First"}).status, 0);
@@ -151,8 +153,11 @@ TEST_F(DaywynCommand, ReadingVerbsNeverCreateTheStateFile) {
     const auto today = daywyn({"today", "--json"});
     EXPECT_EQ(today.status, 0);
     EXPECT_TRUE(parseJson(today.out).ok());
+    // No made-up tasks whose ids no later verb would know.
+    EXPECT_NE(daywyn({"today"}).out.find("Nothing planned for today."), std::string::npos);
     EXPECT_EQ(daywyn({"split", "water plants; email Sam"}).out, "1. Water plants\n2. Email Sam\n");
     EXPECT_EQ(daywyn({"report", "--list"}).status, 0);
+    EXPECT_EQ(daywyn({"add", "--dry-run", "Stretch at 7:30pm"}).out.find("Would add Stretch"), 0u);
     EXPECT_FALSE(fs::exists(stateFile));
     EXPECT_EQ(daywyn({"--version"}).out.find("Daywyn "), 0u);
     EXPECT_EQ(daywyn({"launch-rockets"}).status, 2);

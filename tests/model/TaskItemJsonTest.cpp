@@ -176,6 +176,21 @@ TEST(TaskItemJson, DoublesComeBackBitIdentical) {
     }
 }
 
+TEST(TaskItemJson, ZerosWithExponentsReadAsZero) {
+    // The full-precision reader misreads these; they must still come back as zero.
+    for (const char* zero : {"0e88", "-0.000E-400", "0.0e+30", "0E5"}) {
+        SCOPED_TRACE(zero);
+        auto document = parseJson(std::string("{\"actualSeconds\":") + zero +
+                                  R"(,"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F",)"
+                                  R"("title":"x","wasComplete":true})");
+        ASSERT_TRUE(document.ok());
+        auto summary = decodeDailyTaskSummary(document.value());
+        ASSERT_TRUE(summary.ok());
+        EXPECT_EQ(summary->actualSeconds, 0.0);
+    }
+    EXPECT_FALSE(hasZeroWithExponent(R"({"a":10e5,"b":1.5E-3,"title":"Tree"})"));
+}
+
 TEST(TaskItem, RecordedDurationIgnoresBackwardsSessionsAndTheRunningSpan) {
     const Instant t{1772612100.0};
     EXPECT_EQ(TaskBuilder().build().recordedDuration(), 0.0);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/Json.h"
+#include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"
 
 namespace daywyn {
@@ -35,6 +36,13 @@ TEST_F(CommandLineTest, AddTakesDayTimeAndEstimateOutOfTheText) {
     const TaskItem& task = store.tasks().back();
     EXPECT_EQ(task.scheduledStart, at(calendar, 2026, 3, 5, 10));
     EXPECT_EQ(task.estimatedMinutes, 20);
+
+    // A word that merely starts with "-" is text, not an unknown option.
+    for (const char* text : {"-5 push-ups", "- buy oat milk"}) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(run({"add", text}).status, 0);
+        EXPECT_EQ(store.tasks().back().title, text);
+    }
 }
 
 TEST_F(CommandLineTest, AddRefusesAnEmptyTitleAndDryRunSavesNothing) {
@@ -113,6 +121,25 @@ TEST_F(CommandLineTest, PinningAFourthPriorityIsRefused) {
     EXPECT_EQ(fourth.err, "You can pin up to three priorities. Unpin one first.\n");
     EXPECT_EQ(run({"pin", ids[1].text()}).out, "Unpinned Two.\n");
     EXPECT_EQ(run({"pin", ids[3].text()}).out, "Pinned Four as priority 2.\n");
+    run({"done", ids[1].text()});
+    EXPECT_EQ(run({"pin", ids[1].text()}).err, "Two is completed; reopen it before pinning it.\n");
+}
+
+TEST_F(CommandLineTest, ASaveThatFailsLikeTheOneBeforeIsStillReported) {
+    // Given a disk that is full from the start-up save on
+    auto repository = test::FakeRepository::make();
+    repository->failNextSaves(2);
+    TodayTaskStore failing{std::move(repository), now, calendar};
+    ASSERT_TRUE(failing.persistenceError().has_value());
+
+    // When a verb's own save fails for the same reason
+    const auto done =
+        runCommand(failing, {"done", failing.tasks().front().id.text()}, now, calendar);
+
+    // Then it is a failure, not "Done"
+    EXPECT_EQ(done.status, 1);
+    EXPECT_EQ(done.out, "");
+    EXPECT_EQ(done.err, "Daywyn could not save changes: No space left on device\n");
 }
 
 TEST_F(CommandLineTest, TodayListsTheSectionsAsJsonWithSortedKeys) {
@@ -151,6 +178,7 @@ TEST_F(CommandLineTest, UnknownVerbsAndOptionsAreUsageErrors) {
     EXPECT_EQ(verbAccess({"report"}), VerbAccess::writing);
     EXPECT_EQ(verbAccess({"frobnicate"}), VerbAccess::reading);
     EXPECT_EQ(verbAccess({"delete", "--help"}), VerbAccess::reading);
+    EXPECT_EQ(verbAccess({"add", "--", "--help"}), VerbAccess::writing);
 }
 
 TEST_F(CommandLineTest, ReportSaysWhenNothingIsDue) {

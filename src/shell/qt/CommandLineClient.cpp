@@ -43,7 +43,15 @@ class ReadOnlyRepository : public TaskRepository {
 public:
     explicit ReadOnlyRepository(std::unique_ptr<TaskRepository> inner)
         : inner_(std::move(inner)) {}
-    Result<std::optional<PersistedState>> load() override { return inner_->load(); }
+    Result<std::optional<PersistedState>> load() override {
+        auto loaded = inner_->load();
+        // Nothing stored yet: an empty plan, not first-run samples whose random ids
+        // would exist only in this process and fail in the next "done" or "start".
+        if (loaded && !loaded.value()) {
+            return std::optional<PersistedState>(PersistedState{});
+        }
+        return loaded;
+    }
     Status save(const PersistedStateView&) override { return {}; }
 
 private:
