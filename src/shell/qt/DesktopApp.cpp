@@ -11,10 +11,10 @@
 #include <QElapsedTimer>
 #include <QMessageBox>
 #include <QQuickItem>
-#include <QScreen>
 #include <QQuickView>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
+#include <QScreen>
 #include <QSettings>
 
 #include "base/Version.h"

@@ -11,6 +11,20 @@ Rectangle {
     color: theme.surface
     border.color: theme.separator
     border.width: 1
+    // Stock controls (menus, switches, spin boxes, combo boxes, check boxes) in the
+    // theme's colours; the sheets inherit it.
+    palette.window: theme.surface
+    palette.windowText: theme.text
+    palette.base: theme.raised
+    palette.text: theme.text
+    palette.button: theme.raised
+    palette.buttonText: theme.text
+    palette.light: theme.dark ? theme.text : "white"
+    palette.midlight: theme.separator
+    palette.mid: theme.separator
+    palette.dark: theme.dark ? theme.mint : theme.ink
+    palette.highlight: theme.selection
+    palette.highlightedText: theme.dark ? theme.text : theme.ink
 
     readonly property bool sheetOpen: editor.isOpen || sessions.isOpen || history.isOpen
 

@@ -8,6 +8,7 @@ TextField {
     placeholderTextColor: theme.secondaryText
     font.pixelSize: 13
     selectByMouse: true
+    opacity: enabled ? 1 : 0.55
     background: Rectangle {
         radius: 8
         color: theme.raised

@@ -35,6 +35,7 @@ Sheet {
                 anchors.fill: parent
                 anchors.leftMargin: 8
                 Text { Layout.fillWidth: true; text: span; font.pixelSize: 13; color: theme.text; elide: Text.ElideRight }
+                Text { text: duration; font.pixelSize: 12; color: theme.secondaryText }
                 FlatButton {
                     text: "Edit"
                     onClicked: { sheet.editingId = sessionId; startField.text = startText; endField.text = endText }

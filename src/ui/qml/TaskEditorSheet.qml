@@ -44,9 +44,10 @@ Sheet {
         contentHeight: form.implicitHeight
         clip: true
         boundsBehavior: Flickable.StopAtBounds
+        ScrollBar.vertical: ScrollBar { policy: form.implicitHeight > height ? ScrollBar.AlwaysOn : ScrollBar.AsNeeded }
         ColumnLayout {
             id: form
-            width: parent.width
+            width: parent.width - 12
             spacing: 8
             Field {
                 id: titleField
@@ -75,6 +76,7 @@ Sheet {
                 }
                 SpinBox {
                     enabled: editor.hasEstimate
+                    opacity: enabled ? 1 : 0.55
                     from: 0
                     to: 720
                     stepSize: 5

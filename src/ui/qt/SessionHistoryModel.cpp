@@ -103,6 +103,7 @@ void SessionHistoryModel::rebuild() {
             [](const WorkSession& a, const WorkSession& b) { return a.start > b.start; });
     }
     endResetModel();
+    Q_EMIT refreshed();
 }
 
 void SessionHistoryModel::report(std::optional<std::string> message) {
