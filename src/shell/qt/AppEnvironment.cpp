@@ -6,6 +6,10 @@
 #include <QQmlEngine>
 
 #include "shell/qt/EdgePanelController.h"
+#include "shell/qt/GlobalShortcut.h"
+#include "shell/qt/QuickCaptureController.h"
+#include "shell/qt/QuickCaptureFocus.h"
+#include "shell/qt/UserSettings.h"
 #include "ui/qt/CompletedHistoryModel.h"
 #include "ui/qt/SessionHistoryModel.h"
 #include "ui/qt/TaskEditor.h"
@@ -22,6 +26,7 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     // The drawer reminder coordinator is created first once drawer reminders exist.
     store_ = std::make_unique<TodayTaskStore>(std::move(repository), clock_(), calendar_);
     drawerController_ = new EdgePanelController(this);
+    userSettings_ = new UserSettings(UserSettings::defaultFilePath(), this);
     // The notification, calendar, voice capture, launch-at-login and quick-capture
     // controllers are created here, in that order, as each arrives.
     theme_ = new Theme(darkTheme, this);
@@ -29,6 +34,9 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     editor_ = new TaskEditor(*store_, calendar_, clock_, this);
     sessions_ = new SessionHistoryModel(*store_, calendar_, clock_, this);
     history_ = new CompletedHistoryModel(*store_, calendar_, clock_, this);
+    quickCapture_ = new QuickCaptureController(*store_, calendar_, clock_, *userSettings_,
+                                               GlobalShortcut::forThisSession(),
+                                               QuickCaptureFocus::forThisSession(), true, this);
     connect(drawerController_, &EdgePanelController::isVisibleChanged, today_,
             [this] { today_->setLive(drawerController_->isVisible()); });
 
@@ -46,6 +54,8 @@ AppEnvironment::~AppEnvironment() {
     // the models (they observe the store), and the store last as a member.
     delete drawerController_;
     drawerController_ = nullptr;
+    delete quickCapture_;
+    quickCapture_ = nullptr;
     engine_.reset();
     delete history_;
     delete sessions_;
@@ -62,6 +72,7 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("editor"), editor_);
         context->setContextProperty(QStringLiteral("sessions"), sessions_);
         context->setContextProperty(QStringLiteral("history"), history_);
+        context->setContextProperty(QStringLiteral("quickCapture"), quickCapture_);
     }
     return *engine_;
 }
@@ -71,7 +82,8 @@ void AppEnvironment::start() {
         return;
     }
     hasStarted_ = true;
-    // Quick capture starts here (its global shortcut) once it exists.
+    quickCapture_->setPanelEngine(engine());
+    quickCapture_->start();
     drawerController_->prepare(engine());
     // Notifications are configured with the store and the drawer, the calendar manager
     // with the store, and the launch-at-login state refreshed here, in that order.

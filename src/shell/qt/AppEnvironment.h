@@ -17,10 +17,12 @@ namespace daywyn {
 
 class CompletedHistoryModel;
 class EdgePanelController;
+class QuickCaptureController;
 class SessionHistoryModel;
 class TaskEditor;
 class Theme;
 class TodayModel;
+class UserSettings;
 
 // The app's composition root: owns the store and every long-lived controller for the
 // whole run, wires the store's change listener and runs the maintenance pass every 15
@@ -54,6 +56,9 @@ public:
     const Calendar& calendar() const { return calendar_; }
     TodayTaskStore& store() { return *store_; }
     EdgePanelController& drawerController() { return *drawerController_; }
+    // The machine's own settings ($XDG_CONFIG_HOME/Daywyn/Daywyn.conf).
+    UserSettings& userSettings() { return *userSettings_; }
+    QuickCaptureController& quickCapture() { return *quickCapture_; }
     TodayModel& today() { return *today_; }
     TaskEditor& editor() { return *editor_; }
     Theme& theme() { return *theme_; }
@@ -72,6 +77,8 @@ private:
     std::unique_ptr<TodayTaskStore> store_;
     // Owned through QObject parenting; declared in construction order.
     EdgePanelController* drawerController_ = nullptr;
+    UserSettings* userSettings_ = nullptr;
+    QuickCaptureController* quickCapture_ = nullptr;
     Theme* theme_ = nullptr;
     TodayModel* today_ = nullptr;
     TaskEditor* editor_ = nullptr;

@@ -24,6 +24,7 @@
 #include "shell/qt/AppEnvironment.h"
 #include "shell/qt/DaywynBusService.h"
 #include "shell/qt/EdgePanelController.h"
+#include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/TrayIcon.h"
 #include "ui/qt/Theme.h"
 
@@ -164,6 +165,7 @@ int runDesktopApp(int argc, char** argv) {
 
     environment.start();
     TrayIcon tray(drawer);
+    tray.setQuickCapture(environment.quickCapture());
     if (exitWhenReady || !screenshot.isEmpty()) {
         drawer.show();
     }
