@@ -19,6 +19,8 @@ packages=(
   qml6-module-qttest qt6-qpa-plugins libxcb1-dev
   # hermetic test environment: a private session bus, a virtual display
   dbus dbus-bin xvfb xauth x11-utils xdotool
+  # a window manager for the global shortcut and focus hand-back tests
+  openbox
   # measuring the desktop app (scripts/measure-desktop.sh)
   time procps
 )

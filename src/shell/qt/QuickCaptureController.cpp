@@ -47,7 +47,7 @@ QuickCaptureController::QuickCaptureController(TodayTaskStore& store, const Cale
     , shortcut_(std::move(shortcut))
     , focus_(std::move(focus))
     , registrationAllowed_(registrationAllowed)
-    , logTiming_(qEnvironmentVariableIntValue("DAYWYN_QUICK_ADD_TIMING") == 1) {
+    , logTiming_(qEnvironmentVariableIntValue("DAYWYN_QUICK_ADD_LOG") == 1) {
     if (!settings_.contains(enabledSetting)) {
         settings_.setValue(enabledSetting, true);
     }
@@ -108,6 +108,12 @@ void QuickCaptureController::setStatus(QuickCaptureShortcutStatus status) {
         return;
     }
     status_ = std::move(status);
+    if (logTiming_) {
+        std::fprintf(stderr, "Quick capture status: %s\n",
+                     status_.kind == QuickCaptureShortcutStatus::Kind::active
+                         ? "active"
+                         : status_.text().c_str());
+    }
     Q_EMIT shortcutStatusChanged();
 }
 

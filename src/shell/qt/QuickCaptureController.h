@@ -134,8 +134,8 @@ private:
     bool isSubmitting_ = false;
     bool awaitingReady_ = false;
 
-    // DAYWYN_QUICK_ADD_TIMING=1: the time from a press to the panel ready, and from
-    // Enter to the task saved and the panel closed, on standard error.
+    // DAYWYN_QUICK_ADD_LOG=1: every status change, the time from a press to the panel
+    // ready, and from Enter to the task saved and the panel closed, on standard error.
     bool logTiming_ = false;
     QElapsedTimer sincePress_;
 };
