@@ -1,5 +1,6 @@
 #include "shell/qt/AppEnvironment.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QPointer>
 #include <QQmlContext>
@@ -7,6 +8,8 @@
 
 #include "shell/qt/EdgePanelController.h"
 #include "shell/qt/GlobalShortcut.h"
+#include "shell/qt/LaunchAtLoginController.h"
+#include "shell/qt/SystemSettingsNavigator.h"
 #include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/QuickCaptureFocus.h"
 #include "shell/qt/UserSettings.h"
@@ -37,6 +40,9 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     quickCapture_ = new QuickCaptureController(*store_, calendar_, clock_, *userSettings_,
                                                GlobalShortcut::forThisSession(),
                                                QuickCaptureFocus::forThisSession(), true, this);
+    launchAtLogin_ = new LaunchAtLoginController(LaunchAtLoginController::defaultEntryPath(),
+                                                 QCoreApplication::applicationFilePath(), this);
+    systemSettings_ = new SystemSettingsNavigator(this);
     connect(drawerController_, &EdgePanelController::isVisibleChanged, today_,
             [this] { today_->setLive(drawerController_->isVisible()); });
 
@@ -73,6 +79,8 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("sessions"), sessions_);
         context->setContextProperty(QStringLiteral("history"), history_);
         context->setContextProperty(QStringLiteral("quickCapture"), quickCapture_);
+        context->setContextProperty(QStringLiteral("launchAtLogin"), launchAtLogin_);
+        context->setContextProperty(QStringLiteral("systemSettings"), systemSettings_);
     }
     return *engine_;
 }
@@ -85,8 +93,9 @@ void AppEnvironment::start() {
     quickCapture_->setPanelEngine(engine());
     quickCapture_->start();
     drawerController_->prepare(engine());
-    // Notifications are configured with the store and the drawer, the calendar manager
-    // with the store, and the launch-at-login state refreshed here, in that order.
+    // Notifications are configured with the store and the drawer, and the calendar
+    // manager with the store, here, before the launch-at-login state is read again.
+    launchAtLogin_->refresh();
 
     // The listener reaches the controllers weakly: it never keeps one alive, and a
     // controller gone at shutdown is simply skipped.

@@ -17,7 +17,9 @@ namespace daywyn {
 
 class CompletedHistoryModel;
 class EdgePanelController;
+class LaunchAtLoginController;
 class QuickCaptureController;
+class SystemSettingsNavigator;
 class SessionHistoryModel;
 class TaskEditor;
 class Theme;
@@ -59,6 +61,8 @@ public:
     // The machine's own settings ($XDG_CONFIG_HOME/Daywyn/Daywyn.conf).
     UserSettings& userSettings() { return *userSettings_; }
     QuickCaptureController& quickCapture() { return *quickCapture_; }
+    LaunchAtLoginController& launchAtLogin() { return *launchAtLogin_; }
+    SystemSettingsNavigator& systemSettings() { return *systemSettings_; }
     TodayModel& today() { return *today_; }
     TaskEditor& editor() { return *editor_; }
     Theme& theme() { return *theme_; }
@@ -79,6 +83,8 @@ private:
     EdgePanelController* drawerController_ = nullptr;
     UserSettings* userSettings_ = nullptr;
     QuickCaptureController* quickCapture_ = nullptr;
+    LaunchAtLoginController* launchAtLogin_ = nullptr;
+    SystemSettingsNavigator* systemSettings_ = nullptr;
     Theme* theme_ = nullptr;
     TodayModel* today_ = nullptr;
     TaskEditor* editor_ = nullptr;
