@@ -13,7 +13,11 @@
 #include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/QuickCaptureFocus.h"
 #include "shell/qt/UserSettings.h"
+#include "persistence/JSONTaskRepository.h"
 #include "ui/qt/CompletedHistoryModel.h"
+#include "ui/qt/OnboardingWindow.h"
+#include "ui/qt/SettingsModel.h"
+#include "ui/qt/SettingsWindow.h"
 #include "ui/qt/SessionHistoryModel.h"
 #include "ui/qt/TaskEditor.h"
 #include "ui/qt/Theme.h"
@@ -37,6 +41,11 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     editor_ = new TaskEditor(*store_, calendar_, clock_, this);
     sessions_ = new SessionHistoryModel(*store_, calendar_, clock_, this);
     history_ = new CompletedHistoryModel(*store_, calendar_, clock_, this);
+    const auto dataFile = JSONTaskRepository::defaultFilePath();
+    settingsModel_ = new SettingsModel(*store_, calendar_, clock_, *userSettings_, *theme_,
+                                       dataFile ? QString::fromStdString(dataFile.value())
+                                                : QString::fromStdString(dataFile.error()),
+                                       this);
     quickCapture_ = new QuickCaptureController(*store_, calendar_, clock_, *userSettings_,
                                                GlobalShortcut::forThisSession(),
                                                QuickCaptureFocus::forThisSession(), true, this);
@@ -60,9 +69,14 @@ AppEnvironment::~AppEnvironment() {
     // the models (they observe the store), and the store last as a member.
     delete drawerController_;
     drawerController_ = nullptr;
+    delete settingsWindow_;
+    settingsWindow_ = nullptr;
+    delete onboardingWindow_;
+    onboardingWindow_ = nullptr;
     delete quickCapture_;
     quickCapture_ = nullptr;
     engine_.reset();
+    delete settingsModel_;
     delete history_;
     delete sessions_;
     delete editor_;
@@ -81,8 +95,23 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("quickCapture"), quickCapture_);
         context->setContextProperty(QStringLiteral("launchAtLogin"), launchAtLogin_);
         context->setContextProperty(QStringLiteral("systemSettings"), systemSettings_);
+        context->setContextProperty(QStringLiteral("settingsModel"), settingsModel_);
     }
     return *engine_;
+}
+
+SettingsWindow& AppEnvironment::settingsWindow() {
+    if (!settingsWindow_) {
+        settingsWindow_ = new SettingsWindow(engine(), this);
+    }
+    return *settingsWindow_;
+}
+
+OnboardingWindow& AppEnvironment::onboardingWindow() {
+    if (!onboardingWindow_) {
+        onboardingWindow_ = new OnboardingWindow(engine(), *userSettings_, this);
+    }
+    return *onboardingWindow_;
 }
 
 void AppEnvironment::start() {

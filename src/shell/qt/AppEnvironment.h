@@ -18,7 +18,10 @@ namespace daywyn {
 class CompletedHistoryModel;
 class EdgePanelController;
 class LaunchAtLoginController;
+class OnboardingWindow;
 class QuickCaptureController;
+class SettingsModel;
+class SettingsWindow;
 class SystemSettingsNavigator;
 class SessionHistoryModel;
 class TaskEditor;
@@ -63,6 +66,10 @@ public:
     QuickCaptureController& quickCapture() { return *quickCapture_; }
     LaunchAtLoginController& launchAtLogin() { return *launchAtLogin_; }
     SystemSettingsNavigator& systemSettings() { return *systemSettings_; }
+    SettingsModel& settingsModel() { return *settingsModel_; }
+    // The settings and welcome windows, built from the engine on first use.
+    SettingsWindow& settingsWindow();
+    OnboardingWindow& onboardingWindow();
     TodayModel& today() { return *today_; }
     TaskEditor& editor() { return *editor_; }
     Theme& theme() { return *theme_; }
@@ -85,6 +92,9 @@ private:
     QuickCaptureController* quickCapture_ = nullptr;
     LaunchAtLoginController* launchAtLogin_ = nullptr;
     SystemSettingsNavigator* systemSettings_ = nullptr;
+    SettingsModel* settingsModel_ = nullptr;
+    SettingsWindow* settingsWindow_ = nullptr;
+    OnboardingWindow* onboardingWindow_ = nullptr;
     Theme* theme_ = nullptr;
     TodayModel* today_ = nullptr;
     TaskEditor* editor_ = nullptr;

@@ -57,7 +57,7 @@ Rectangle {
                 FlatButton {
                     id: voice
                     objectName: "quickAddVoice"
-                    text: "\u{1F3A4}"
+                    text: "Voice"
                     enabled: root.capture ? root.capture.isVoiceAvailable : false
                     Accessible.name: "Speak a task list and review before saving"
                     Accessible.description: "Voice capture is not available in this version yet."
