@@ -6,19 +6,19 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 
+#include "persistence/JSONTaskRepository.h"
 #include "shell/qt/EdgePanelController.h"
 #include "shell/qt/GlobalShortcut.h"
 #include "shell/qt/LaunchAtLoginController.h"
-#include "shell/qt/SystemSettingsNavigator.h"
 #include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/QuickCaptureFocus.h"
+#include "shell/qt/SystemSettingsNavigator.h"
 #include "shell/qt/UserSettings.h"
-#include "persistence/JSONTaskRepository.h"
 #include "ui/qt/CompletedHistoryModel.h"
 #include "ui/qt/OnboardingWindow.h"
+#include "ui/qt/SessionHistoryModel.h"
 #include "ui/qt/SettingsModel.h"
 #include "ui/qt/SettingsWindow.h"
-#include "ui/qt/SessionHistoryModel.h"
 #include "ui/qt/TaskEditor.h"
 #include "ui/qt/Theme.h"
 #include "ui/qt/TodayModel.h"

@@ -89,8 +89,9 @@ QVariantMap SettingsModel::preferences() const {
         {QStringLiteral("dailyReviewHour"), p.dailyReviewHour},
         {QStringLiteral("dailyReviewMinute"), p.dailyReviewMinute},
         {QStringLiteral("calendarIntegrationEnabled"), p.calendarIntegrationEnabled},
-        {QStringLiteral("edgeAnchor"), QString::fromLatin1(rawValue(p.edgeAnchor).data(),
-                                                           static_cast<int>(rawValue(p.edgeAnchor).size()))},
+        {QStringLiteral("edgeAnchor"),
+         QString::fromLatin1(rawValue(p.edgeAnchor).data(),
+                             static_cast<int>(rawValue(p.edgeAnchor).size()))},
     };
 }
 
@@ -99,15 +100,22 @@ bool SettingsModel::setPreference(const QString& name, const QVariant& value) {
     QString problem;
     auto flag = [&](bool AppPreferences::*field) {
         const bool on = value.toBool();
-        change = [field, on](AppPreferences& p) { p.*field = on; };
+        change = [field, on](AppPreferences& p) {
+            p.*field = on;
+        };
     };
     auto number = [&](int AppPreferences::*field, int low, int high, const QString& what) {
         const auto n = wholeNumber(value, low, high);
         if (!n) {
-            problem = QStringLiteral("%1 must be a whole number from %2 to %3.").arg(what).arg(low).arg(high);
+            problem = QStringLiteral("%1 must be a whole number from %2 to %3.")
+                          .arg(what)
+                          .arg(low)
+                          .arg(high);
             return;
         }
-        change = [field, n](AppPreferences& p) { p.*field = *n; };
+        change = [field, n](AppPreferences& p) {
+            p.*field = *n;
+        };
     };
     if (name == QLatin1String("taskRemindersEnabled")) {
         flag(&AppPreferences::taskRemindersEnabled);
@@ -122,7 +130,8 @@ bool SettingsModel::setPreference(const QString& name, const QVariant& value) {
     } else if (name == QLatin1String("defaultTaskMinutes")) {
         number(&AppPreferences::defaultTaskMinutes, 1, 720, QStringLiteral("The default estimate"));
     } else if (name == QLatin1String("budgetWarningLeadMinutes")) {
-        number(&AppPreferences::budgetWarningLeadMinutes, 1, 120, QStringLiteral("The warning lead"));
+        number(&AppPreferences::budgetWarningLeadMinutes, 1, 120,
+               QStringLiteral("The warning lead"));
     } else if (name == QLatin1String("endWarningLeadMinutes")) {
         number(&AppPreferences::endWarningLeadMinutes, 1, 120, QStringLiteral("The warning lead"));
     } else if (name == QLatin1String("activeHoursStart")) {
@@ -138,14 +147,18 @@ bool SettingsModel::setPreference(const QString& name, const QVariant& value) {
         if (!cadence) {
             problem = QStringLiteral("Choose off, every 30 minutes, hourly or every 2 hours.");
         } else {
-            change = [cadence](AppPreferences& p) { p.unfinishedReminderCadence = *cadence; };
+            change = [cadence](AppPreferences& p) {
+                p.unfinishedReminderCadence = *cadence;
+            };
         }
     } else if (name == QLatin1String("edgeAnchor")) {
         const auto anchor = edgeAnchorFromRaw(value.toString().toStdString());
         if (!anchor) {
             problem = QStringLiteral("Choose one of the eight drawer positions.");
         } else {
-            change = [anchor](AppPreferences& p) { p.edgeAnchor = *anchor; };
+            change = [anchor](AppPreferences& p) {
+                p.edgeAnchor = *anchor;
+            };
         }
     } else {
         problem = QStringLiteral("Daywyn has no setting called %1.").arg(name);
@@ -164,23 +177,25 @@ QVariantList SettingsModel::anchors() const {
     QVariantList list;
     for (const EdgeAnchor anchor : kAllAnchors) {
         const std::string_view raw = rawValue(anchor);
-        list.append(QVariantMap{
-            {QStringLiteral("value"), QString::fromLatin1(raw.data(), static_cast<int>(raw.size()))},
-            {QStringLiteral("label"), anchorLabel(anchor)}});
+        list.append(QVariantMap{{QStringLiteral("value"),
+                                 QString::fromLatin1(raw.data(), static_cast<int>(raw.size()))},
+                                {QStringLiteral("label"), anchorLabel(anchor)}});
     }
     return list;
 }
 
 QString SettingsModel::appearance() const {
     const QString stored = settings_.stringValue(appearanceKey);
-    return stored == QLatin1String("light") || stored == QLatin1String("dark") ? stored
-                                                                               : QStringLiteral("system");
+    return stored == QLatin1String("light") || stored == QLatin1String("dark")
+               ? stored
+               : QStringLiteral("system");
 }
 
 void SettingsModel::setAppearance(const QString& appearance) {
-    const QString value = appearance == QLatin1String("light") || appearance == QLatin1String("dark")
-                              ? appearance
-                              : QStringLiteral("system");
+    const QString value =
+        appearance == QLatin1String("light") || appearance == QLatin1String("dark")
+            ? appearance
+            : QStringLiteral("system");
     if (value == this->appearance() && settings_.contains(appearanceKey)) {
         return;
     }
@@ -194,9 +209,10 @@ QVariantList SettingsModel::reports() const {
     for (const DailyReport& report : store_.reports()) {
         QStringList lines;
         for (const DailyTaskSummary& task : report.tasks) {
-            QString line = (task.wasComplete ? QStringLiteral("Done: ") : QStringLiteral("Open: ")) +
-                           QString::fromStdString(task.title) + QStringLiteral(" · ") +
-                           minutesText(task.actualSeconds);
+            QString line =
+                (task.wasComplete ? QStringLiteral("Done: ") : QStringLiteral("Open: ")) +
+                QString::fromStdString(task.title) + QStringLiteral(" · ") +
+                minutesText(task.actualSeconds);
             if (task.estimatedMinutes) {
                 line += QStringLiteral(" of %1 min").arg(*task.estimatedMinutes);
             }
@@ -215,11 +231,11 @@ QVariantList SettingsModel::completedTasks() const {
     QVariantList list;
     const Instant now = clock_();
     for (const TaskItem* task : store_.completedTaskHistory()) {
-        list.append(QVariantMap{
-            {QStringLiteral("title"), QString::fromStdString(task->title)},
-            {QStringLiteral("completed"),
-             task->completedAt ? DisplayFormat::dateTime(*task->completedAt, now, calendar_)
-                               : QString()}});
+        list.append(QVariantMap{{QStringLiteral("title"), QString::fromStdString(task->title)},
+                                {QStringLiteral("completed"),
+                                 task->completedAt
+                                     ? DisplayFormat::dateTime(*task->completedAt, now, calendar_)
+                                     : QString()}});
     }
     return list;
 }

@@ -64,9 +64,11 @@ void captureSettingsScreenshots(QuickCaptureController& quickCapture, SettingsWi
         }
         QQuickView* window = (*shots)[index].show();
         QTimer::singleShot(settleMilliseconds, [shots, failures, next, folder, index, window] {
-            const QString path = folder + QLatin1Char('/') + (*shots)[index].name + QLatin1String(".png");
+            const QString path =
+                folder + QLatin1Char('/') + (*shots)[index].name + QLatin1String(".png");
             if (!window || !window->grabWindow().save(path)) {
-                std::fprintf(stderr, "Daywyn could not save the screenshot to %s.\n", qPrintable(path));
+                std::fprintf(stderr, "Daywyn could not save the screenshot to %s.\n",
+                             qPrintable(path));
                 ++*failures;
             }
             (*next)(index + 1);
