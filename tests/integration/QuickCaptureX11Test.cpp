@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QThread>
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
@@ -155,6 +156,14 @@ protected:
         QProcessEnvironment env = environment;
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
         env.insert(QStringLiteral("DAYWYN_QUICK_ADD_LOG"), QStringLiteral("1"));
+        // Onboarding done: its welcome window would otherwise take the front, and
+        // Quick Add rightly gives focus back only to another application.
+        QDir(config.path()).mkpath(QStringLiteral("Daywyn"));
+        QFile settings(config.filePath(QStringLiteral("Daywyn/Daywyn.conf")));
+        settings.open(QIODevice::WriteOnly);
+        settings.write("[General]\nonboardingCompleted=true\n");
+        settings.close();
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), config.path());
         app.setProcessEnvironment(env);
         app.start(QString::fromLatin1(DAYWYN_BINARY_PATH), {});
     }
@@ -180,6 +189,7 @@ protected:
     static inline QString display;
     static inline QProcessEnvironment environment;
     static inline bool ready = false;
+    QTemporaryDir config;
     QProcess holder;
     QProcess app;
     QString log;
@@ -220,6 +230,24 @@ TEST_F(QuickCaptureX11Test, CapsLockDoesNotHideThePressAndEscapeGivesFocusBack) 
     xdotool({"key", "Caps_Lock"});
     EXPECT_TRUE(eventually([&] { return xdotool({"getactivewindow"}) == holderWindow; }));
     EXPECT_EQ(countInLog(QStringLiteral("saved and closed")), 0);
+}
+
+TEST_F(QuickCaptureX11Test, TheQuickAddVerbOpensThePanelOfTheRunningApp) {
+    const std::string holderWindow = openHolderWindow();
+    ASSERT_FALSE(holderWindow.empty());
+    startApp();
+    ASSERT_TRUE(appSaid(QStringLiteral("Quick capture status: active"))) << log.toStdString();
+
+    // What a desktop's custom shortcut runs where the X grab cannot reach.
+    QProcess verb;
+    verb.start(QString::fromLatin1(DAYWYN_BINARY_PATH), {QStringLiteral("quick-add")});
+    ASSERT_TRUE(verb.waitForFinished(20000));
+    EXPECT_EQ(verb.exitCode(), 0) << verb.readAllStandardError().toStdString();
+    EXPECT_TRUE(eventually([&] {
+        return xdotool({"getactivewindow", "getwindowname"}) == "Quick Add";
+    }));
+    xdotool({"key", "Escape"});
+    EXPECT_TRUE(eventually([&] { return xdotool({"getactivewindow"}) == holderWindow; }));
 }
 
 TEST_F(QuickCaptureX11Test, AnotherClientHoldingTheShortcutMakesItUnavailable) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "base/Calendar.h"
+#include "shell/CommandLine.h"
 #include "shell/QuickAddPlacement.h"
 #include "shell/QuickCaptureShortcutStatus.h"
 
@@ -60,6 +62,19 @@ TEST(QuickAddPlacement, FollowsASecondScreenAndShrinksOnASmallOne) {
     EXPECT_DOUBLE_EQ(tiny.height, 150 - 24);
     EXPECT_DOUBLE_EQ(tiny.x, 12);
     EXPECT_DOUBLE_EQ(tiny.y, 12);
+}
+
+TEST(CommandLine, QuickAddIsListedAndTakesNoWords) {
+    const Calendar calendar;
+    const Instant now{1779440400.0};
+    const auto help = checkWithoutStore({"--help"}, now, calendar);
+    ASSERT_TRUE(help);
+    EXPECT_NE(help->out.find("quick-add"), std::string::npos);
+    const auto extra = checkWithoutStore({"quick-add", "Buy milk"}, now, calendar);
+    ASSERT_TRUE(extra);
+    EXPECT_EQ(extra->status, 2);
+    // Reaching the check with no words means the verb goes on to the app over D-Bus.
+    EXPECT_FALSE(checkWithoutStore({"quick-add"}, now, calendar));
 }
 
 } // namespace
