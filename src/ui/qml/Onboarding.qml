@@ -53,6 +53,7 @@ Rectangle {
                     note: "You can move it later on the General page of Settings."
                     ComboBox {
                         Layout.preferredWidth: 240
+                        Layout.preferredHeight: 36
                         model: settingsModel.anchors
                         textRole: "label"
                         valueRole: "value"

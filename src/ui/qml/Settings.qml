@@ -154,6 +154,7 @@ Rectangle {
                     ComboBox {
                         objectName: "anchorChoice"
                         Layout.preferredWidth: 240
+                        Layout.preferredHeight: 36
                         model: settingsModel.anchors
                         textRole: "label"
                         valueRole: "value"
@@ -305,6 +306,7 @@ Rectangle {
                         Text { text: "Nudge me"; font.pixelSize: 13; color: theme.text; Layout.fillWidth: true }
                         ComboBox {
                             Layout.preferredWidth: 200
+                            Layout.preferredHeight: 36
                             model: [
                                 { value: 0, label: "Off" },
                                 { value: 30, label: "Every 30 minutes" },
