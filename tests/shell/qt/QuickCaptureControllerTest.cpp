@@ -1,6 +1,8 @@
 #include "shell/qt/QuickCaptureController.h"
 
+#include <QQuickItem>
 #include <QQuickView>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -156,6 +158,10 @@ TEST_F(QuickCaptureControllerTest, APressOpensTheFocusedPanelAndASecondOneLeaves
     EXPECT_EQ(panel->title(), QStringLiteral("Quick Add"));
     EXPECT_TRUE(panel->flags().testFlag(Qt::WindowStaysOnTopHint));
     EXPECT_EQ(focusedName(), QStringLiteral("quickAddField"));
+    // Centred on the screen, in its upper part.
+    const QRect screen = panel->screen()->availableGeometry();
+    EXPECT_EQ(panel->geometry().center().x(), screen.center().x());
+    EXPECT_LT(panel->geometry().center().y(), screen.center().y());
 
     // The user dragged it aside and clicked elsewhere in it; the next press only
     // focuses the field again.
@@ -201,6 +207,10 @@ TEST_F(QuickCaptureControllerTest, AnInvalidLineOrAFailedSaveKeepsThePanelAndThe
         << c.captureError().toStdString();
     EXPECT_EQ(c.draftText(), QStringLiteral("Send invoices"));
     EXPECT_TRUE(c.isPanelVisible());
+    QQuickItem* errorLine = test::findItem(*c.panel(), QStringLiteral("quickAddError"));
+    ASSERT_TRUE(errorLine);
+    EXPECT_EQ(errorLine->property("text").toString(), c.captureError());
+    EXPECT_TRUE(errorLine->isVisible());
     EXPECT_EQ(environment->store().tasks().size(), before);
 
     // Trying again once the disk has room adds it and clears the error.
