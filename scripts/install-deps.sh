@@ -22,7 +22,7 @@ packages=(
   # a window manager for the global shortcut and focus hand-back tests
   openbox
   # measuring the desktop app (scripts/measure-desktop.sh)
-  time procps
+  time
 )
 
 missing=()

@@ -13,23 +13,10 @@ here=$(cd "$(dirname "$0")/.." && pwd)
 binary="$here/$build/daywyn"
 [ -x "$binary" ] || { echo "Build Daywyn first: $binary is missing." >&2; exit 1; }
 
-root=$(mktemp -d "${TMPDIR:-/tmp}/daywyn-measure.XXXXXX")
-xvfb_pid=""
+name=measure
 app_pid=""
-cleanup() {
-  [ -n "$app_pid" ] && kill "$app_pid" 2>/dev/null || true
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2>/dev/null || true
-  rm -rf "$root"
-}
-trap cleanup EXIT
-
-display=:$((90 + RANDOM % 400))
-Xvfb "$display" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
-xvfb_pid=$!
-for _ in $(seq 50); do
-  [ -e "/tmp/.X11-unix/X${display#:}" ] && break
-  sleep 0.1
-done
+on_exit='[ -n "$app_pid" ] && kill "$app_pid" 2>/dev/null || true'
+. "$here/scripts/desktop-sandbox.sh"
 
 mkdir -p "$root/data/Daywyn" "$root/config" "$root/cache" "$root/runtime"
 chmod 700 "$root/runtime"
@@ -47,17 +34,22 @@ in_sandbox DAYWYN_EXIT_WHEN_READY=1 dbus-run-session -- "$binary" 2>/dev/null ||
 times="$root/times"
 for _ in $(seq "$runs"); do
   in_sandbox DAYWYN_EXIT_WHEN_READY=1 dbus-run-session -- \
-    /usr/bin/time -f "%e %M" -o "$times.one" "$binary" 2>/dev/null
+    /usr/bin/time -f "%e %M %U %S" -o "$times.one" "$binary" 2>/dev/null
   cat "$times.one" >> "$times"
 done
-echo "start to drawer ready: median $(cut -d' ' -f1 "$times" | median) s over $runs runs" \
-     "(peak RSS median $(cut -d' ' -f2 "$times" | median) KB)"
+# CPU time (user + system) barely depends on what else the machine is doing; wall
+# time does, so both are shown.
+echo "start to drawer ready: median $(cut -d' ' -f1 "$times" | median) s wall," \
+     "$(awk '{ print $3 + $4 }' "$times" | median) s CPU over $runs runs" \
+     "(peak RSS median $(cut -d' ' -f2 "$times" | median) KB; load $(cut -d' ' -f1 /proc/loadavg))"
 
 # Idle: the app as a user runs it, drawer hidden, for 60 seconds.
-in_sandbox dbus-run-session -- "$binary" 2>/dev/null &
+# The app writes its own process id, so only that process is looked at and ended.
+in_sandbox dbus-run-session -- sh -c 'echo $$ > "$1"; exec "$2"' sh "$root/app.pid" "$binary" \
+  2>/dev/null &
 sleep 5
-app_pid=$(pgrep -n -f "^$binary\$" || true)
-[ -n "$app_pid" ] || { echo "The app did not start." >&2; exit 1; }
+app_pid=$(cat "$root/app.pid" 2>/dev/null || true)
+[ -n "$app_pid" ] && [ -e "/proc/$app_pid" ] || { echo "The app did not start." >&2; exit 1; }
 ticks() { awk '{ print $14 + $15 }' "/proc/$app_pid/stat"; }
 hz=$(getconf CLK_TCK)
 before=$(ticks)

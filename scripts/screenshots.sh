@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Captures the drawer, light and dark, into <build>/screenshots/ from a seeded state
-# file with tasks in every section. Runs the real app on a private X server (Xvfb) and
+# file with tasks in every section: as it opens, scrolled to its end, and the whole
+# screen with the handle. Runs the real app on a private X server (Xvfb) and
 # session bus, in temporary data and settings folders: your own data is never touched.
 set -euo pipefail
 
@@ -11,21 +12,8 @@ out="$here/$build/screenshots"
 [ -x "$binary" ] || { echo "Build Daywyn first: $binary is missing." >&2; exit 1; }
 mkdir -p "$out"
 
-root=$(mktemp -d "${TMPDIR:-/tmp}/daywyn-shots.XXXXXX")
-xvfb_pid=""
-cleanup() {
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2>/dev/null || true
-  rm -rf "$root"
-}
-trap cleanup EXIT
-
-display=:$((90 + RANDOM % 400))
-Xvfb "$display" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
-xvfb_pid=$!
-for _ in $(seq 50); do
-  [ -e "/tmp/.X11-unix/X${display#:}" ] && break
-  sleep 0.1
-done
+name=shots
+. "$here/scripts/desktop-sandbox.sh"
 
 for theme in light dark; do
   home="$root/$theme"
@@ -38,7 +26,7 @@ for theme in light dark; do
     XDG_CONFIG_HOME="$home/config" XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$home/runtime" \
     DAYWYN_SCREENSHOT="$out/drawer-$theme.png" \
     dbus-run-session -- timeout 30 "$binary" 2> >(grep -v 'fd limit' >&2)
-  echo "Wrote $out/drawer-$theme.png"
+  echo "Wrote $out/drawer-$theme.png, drawer-$theme-end.png and drawer-$theme-screen.png"
 done
 
 # Quick Add with a typed line, every settings page and the welcome window, each theme.

@@ -58,6 +58,14 @@ public:
         process_.waitForFinished(5000);
     }
     bool started() const { return started_; }
+    // Ends the app as a log-out does; its exit status, or -1 when it did not exit cleanly.
+    int stop() {
+        process_.terminate();
+        if (!process_.waitForFinished(5000) || process_.exitStatus() != QProcess::NormalExit) {
+            return -1;
+        }
+        return process_.exitCode();
+    }
     bool running() const { return process_.state() == QProcess::Running; }
 
 private:
@@ -71,6 +79,8 @@ TEST(DesktopApp, ASecondLaunchShowsTheRunningInstanceAndLeaves) {
     const test::ProcessResult second = test::runProcess({DAYWYN_BINARY_PATH});
     EXPECT_EQ(second.status, 0) << second.err;
     EXPECT_TRUE(first.running());
+    EXPECT_EQ(first.stop(), 0);
+    EXPECT_FALSE(serviceRunning());
 }
 
 TEST(DesktopApp, RefusesToStartWhileAnotherProcessWrites) {

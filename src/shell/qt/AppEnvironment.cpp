@@ -42,7 +42,7 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     sessions_ = new SessionHistoryModel(*store_, calendar_, clock_, this);
     history_ = new CompletedHistoryModel(*store_, calendar_, clock_, this);
     const auto dataFile = JSONTaskRepository::defaultFilePath();
-    settingsModel_ = new SettingsModel(*store_, calendar_, clock_, *userSettings_, *theme_,
+    settingsModel_ = new SettingsModel(*store_, calendar_, clock_, *userSettings_,
                                        dataFile ? QString::fromStdString(dataFile.value())
                                                 : QString::fromStdString(dataFile.error()),
                                        this);

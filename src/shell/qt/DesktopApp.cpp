@@ -2,6 +2,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -16,6 +19,7 @@
 #include <QSGRendererInterface>
 #include <QScreen>
 #include <QSettings>
+#include <QSocketNotifier>
 
 #include "base/Version.h"
 #include "persistence/JSONTaskRepository.h"
@@ -47,6 +51,36 @@ bool showRunningInstance(QDBusConnection& bus) {
     return reply.type() == QDBusMessage::ReplyMessage;
 }
 
+// A log-out or `kill` ends the app through the event loop, so the writer lock and the
+// repository are released in order. The handler only writes a byte: anything more is
+// not safe inside a signal handler.
+int quitPipe[2] = {-1, -1};
+
+void onQuitSignal(int) {
+    const char byte = 1;
+    [[maybe_unused]] const auto written = ::write(quitPipe[1], &byte, 1);
+}
+
+void quitOnTerminationSignals(QObject* owner) {
+    if (::pipe2(quitPipe, O_CLOEXEC | O_NONBLOCK) != 0) {
+        return;
+    }
+    auto* notifier = new QSocketNotifier(quitPipe[0], QSocketNotifier::Read, owner);
+    QObject::connect(notifier, &QSocketNotifier::activated, owner, [] {
+        char byte = 0;
+        while (::read(quitPipe[0], &byte, 1) > 0) {
+        }
+        QCoreApplication::quit();
+    });
+    struct sigaction action {};
+    action.sa_handler = onQuitSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGTERM, &action, nullptr);
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGHUP, &action, nullptr);
+}
+
 void tellUser(const QString& sentence) {
     std::fprintf(stderr, "%s\n", sentence.toLocal8Bit().constData());
     // Started from the menu there is no terminal to read; on a real display say
@@ -61,23 +95,22 @@ void tellUser(const QString& sentence) {
 // Saves the drawer as it opens to `path`, and scrolled to its end beside it
 // ("drawer.png" and "drawer-end.png"), so every section can be looked at.
 bool saveScreenshots(QQuickView& window, const QString& path) {
-    QString endPath = path;
-    endPath.insert(path.endsWith(QLatin1String(".png")) ? path.size() - 4 : path.size(),
-                   QLatin1String("-end"));
+    const auto beside = [&path](QLatin1String suffix) {
+        QString named = path;
+        return named.insert(path.endsWith(QLatin1String(".png")) ? path.size() - 4 : path.size(),
+                            suffix);
+    };
     const QImage top = window.grabWindow();
-    QQuickItem* list = window.rootObject()->findChild<QQuickItem*>(QStringLiteral("taskList"));
-    if (list) {
+    if (auto* list = window.rootObject()->findChild<QQuickItem*>(QStringLiteral("taskList"))) {
         QMetaObject::invokeMethod(list, "positionViewAtEnd");
     }
     const QImage end = window.grabWindow();
     // The whole screen too, to see the handle and the drawer in place (xcb only).
-    QString screenPath = path;
-    screenPath.insert(path.endsWith(QLatin1String(".png")) ? path.size() - 4 : path.size(),
-                      QLatin1String("-screen"));
     if (QScreen* screen = window.screen(); screen && QGuiApplication::platformName() == "xcb") {
-        screen->grabWindow(0).save(screenPath);
+        screen->grabWindow(0).save(beside(QLatin1String("-screen")));
     }
-    if (top.isNull() || !top.save(path) || end.isNull() || !end.save(endPath)) {
+    if (top.isNull() || !top.save(path) || end.isNull() ||
+        !end.save(beside(QLatin1String("-end")))) {
         std::fprintf(stderr, "Daywyn could not save the screenshot to %s.\n", qPrintable(path));
         return false;
     }
@@ -166,6 +199,7 @@ int runDesktopApp(int argc, char** argv) {
         });
     }
 
+    quitOnTerminationSignals(&app);
     environment.start();
     TrayIcon tray(drawer);
     tray.setQuickCapture(environment.quickCapture());

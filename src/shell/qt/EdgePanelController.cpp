@@ -119,11 +119,8 @@ void EdgePanelController::prepare(QQmlEngine& engine) {
     handle_->show();
 }
 
-QScreen* EdgePanelController::pickScreen(bool underPointer) {
+QScreen* EdgePanelController::pickScreen() {
     const auto screens = QGuiApplication::screens();
-    if (!underPointer && currentScreen_ && screens.contains(currentScreen_.data())) {
-        return currentScreen_;
-    }
     if (QScreen* pointer = QGuiApplication::screenAt(QCursor::pos())) {
         return pointer;
     }
@@ -141,7 +138,7 @@ void EdgePanelController::screensChanged() {
                 Qt::UniqueConnection);
     }
     if (!currentScreen_ || !QGuiApplication::screens().contains(currentScreen_.data())) {
-        currentScreen_ = pickScreen(true);
+        currentScreen_ = pickScreen();
     }
     reposition();
 }
@@ -187,7 +184,7 @@ void EdgePanelController::show() {
         return;
     }
     const bool wasVisible = visible_ && slide_.state() != QAbstractAnimation::Running;
-    currentScreen_ = pickScreen(true);
+    currentScreen_ = pickScreen();
     const DrawerFrames f = frames();
     handle_->setScreen(currentScreen_);
     handle_->setGeometry(toRect(f.handle));

@@ -65,7 +65,8 @@ Q_SIGNALS:
     void drawerShown();
 
 private:
-    QScreen* pickScreen(bool underPointer);
+    // The screen under the pointer, else the primary one, else any.
+    QScreen* pickScreen();
     void reposition();
     void screensChanged();
     void slide(const QRect& from, const QRect& to, bool hideAtEnd);

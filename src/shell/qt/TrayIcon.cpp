@@ -84,8 +84,4 @@ void TrayIcon::setSettingsOpener(std::function<void()> open) {
     settings_->setToolTip({});
 }
 
-bool TrayIcon::isAvailable() const {
-    return QSystemTrayIcon::isSystemTrayAvailable();
-}
-
 } // namespace daywyn

@@ -23,9 +23,6 @@ public:
     explicit TrayIcon(EdgePanelController& drawer, QObject* parent = nullptr);
     ~TrayIcon() override;
 
-    // False when the desktop has no status area; the handle is then the way in.
-    bool isAvailable() const;
-
     // "Quick Add" opens the floating panel instead of the drawer's add field.
     void setQuickCapture(QuickCaptureController& quickCapture);
     // "Settings" becomes live and calls `open`.

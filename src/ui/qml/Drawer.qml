@@ -4,8 +4,8 @@ import QtQuick.Layouts
 
 // The drawer: the day, the add field with its preview, the persistence banner, the
 // day's sections and the undo bar. Sheets (editor, session history, completed history)
-// open over it. Keys: arrows move between tasks, Space completes, Enter edits, Delete
-// deletes, Ctrl+Z undoes, Escape closes a sheet or hides the drawer.
+// open over it. Keys: arrows move between tasks, Space completes, Enter edits, T times,
+// P pins, Delete deletes, Ctrl+Z undoes, Escape closes a sheet or hides the drawer.
 Rectangle {
     id: root
     color: theme.surface
@@ -43,10 +43,6 @@ Rectangle {
         sequences: [StandardKey.Undo]
         enabled: !root.sheetOpen
         onActivated: today.undo()
-    }
-    Shortcut {
-        sequence: "Escape"
-        onActivated: if (!root.closeTopSheet()) drawer.hide()
     }
 
     Connections {
@@ -208,6 +204,12 @@ Rectangle {
             Keys.onReturnPressed: if (currentTaskId) root.openEditor(currentTaskId)
             Keys.onEnterPressed: if (currentTaskId) root.openEditor(currentTaskId)
             Keys.onDeletePressed: if (currentTaskId) today.deleteTask(currentTaskId)
+            // T starts or stops the focused task's timer, P pins or unpins it.
+            Keys.onPressed: (event) => {
+                if (!currentTaskId || event.modifiers !== Qt.NoModifier) return
+                if (event.key === Qt.Key_T) { today.toggleTimer(currentTaskId); event.accepted = true }
+                else if (event.key === Qt.Key_P) { today.togglePin(currentTaskId); event.accepted = true }
+            }
             Keys.onMenuPressed: if (currentItem && currentItem.item && currentItem.item.openMenu) currentItem.item.openMenu()
 
             delegate: Loader {

@@ -11,7 +11,6 @@
 #include "persistence/TaskDataExport.h"
 #include "shell/qt/UserSettings.h"
 #include "ui/qt/DisplayFormat.h"
-#include "ui/qt/Theme.h"
 
 namespace daywyn {
 namespace {
@@ -57,14 +56,12 @@ std::optional<int> wholeNumber(const QVariant& value, int low, int high) {
 } // namespace
 
 SettingsModel::SettingsModel(TodayTaskStore& store, const Calendar& calendar, Clock clock,
-                             UserSettings& settings, Theme& theme, QString dataFilePath,
-                             QObject* parent)
+                             UserSettings& settings, QString dataFilePath, QObject* parent)
     : QObject(parent)
     , store_(store)
     , calendar_(calendar)
     , clock_(std::move(clock))
     , settings_(settings)
-    , theme_(theme)
     , dataFilePath_(std::move(dataFilePath)) {
     observer_ = store_.addObserver([this] { Q_EMIT changed(); });
 }
@@ -200,7 +197,6 @@ void SettingsModel::setAppearance(const QString& appearance) {
         return;
     }
     settings_.setValue(appearanceKey, value);
-    theme_.setDark(Theme::resolveDark(value));
     Q_EMIT appearanceChanged();
 }
 

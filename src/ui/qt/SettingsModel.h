@@ -13,7 +13,6 @@
 
 namespace daywyn {
 
-class Theme;
 class UserSettings;
 
 // What the settings window's pages show and change: the preferences that travel with
@@ -36,8 +35,7 @@ public:
     using Clock = std::function<Instant()>;
 
     SettingsModel(TodayTaskStore& store, const Calendar& calendar, Clock clock,
-                  UserSettings& settings, Theme& theme, QString dataFilePath,
-                  QObject* parent = nullptr);
+                  UserSettings& settings, QString dataFilePath, QObject* parent = nullptr);
     ~SettingsModel() override;
 
     // The store's preferences by field name ("edgeAnchor" as its raw value,
@@ -50,7 +48,8 @@ public:
     // The eight drawer positions: {value, label} in the order the page lists them.
     QVariantList anchors() const;
 
-    // "light", "dark" or "system"; applied to the theme at once.
+    // "light", "dark" or "system", written to the settings file; the screens take it
+    // up the next time Daywyn starts.
     QString appearance() const;
     void setAppearance(const QString& appearance);
 
@@ -84,7 +83,6 @@ private:
     const Calendar& calendar_;
     Clock clock_;
     UserSettings& settings_;
-    Theme& theme_;
     QString dataFilePath_;
     QString message_;
     TodayTaskStore::ObserverId observer_ = 0;

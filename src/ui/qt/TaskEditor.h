@@ -86,8 +86,6 @@ public:
     QString validationMessage() const;
     QString saveError() const { return saveError_; }
 
-    const TaskDraft& draft() const { return draft_; }
-
 Q_SIGNALS:
     void openChanged();
     void changed();

@@ -21,11 +21,4 @@ bool Theme::resolveDark(const QString& appearanceSetting) {
     return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
 }
 
-void Theme::setDark(bool dark) {
-    if (dark_ != dark) {
-        dark_ = dark;
-        Q_EMIT changed();
-    }
-}
-
 } // namespace daywyn

@@ -121,7 +121,6 @@ private:
     Instant displayedDay_;
     QString errorMessage_;
     bool live_ = false;
-    bool stale_ = true;
     QTimer ticker_;
 };
 

@@ -25,15 +25,14 @@ class SettingsModelTest : public ::testing::Test {
 protected:
     SettingsModelTest()
         : clock(test::at(test::berlin(), 2026, 11, 21, 21, 30))
-        , settings(directory.filePath(QStringLiteral("Daywyn.conf")))
-        , theme(false) {
+        , settings(directory.filePath(QStringLiteral("Daywyn.conf"))) {
         PersistedState state;
         state.tasks = {TaskBuilder("=SUM(A1)").build(),
                        TaskBuilder("Send invoices").completedAt(clock.now() - 3600).build()};
         auto repo = test::FakeRepository::holding(state);
         repository = repo.get();
         store = std::make_unique<TodayTaskStore>(std::move(repo), clock.now(), calendar);
-        model = std::make_unique<SettingsModel>(*store, calendar, clock.function(), settings, theme,
+        model = std::make_unique<SettingsModel>(*store, calendar, clock.function(), settings,
                                                 QStringLiteral("/data/daywyn.json"));
     }
 
@@ -46,7 +45,6 @@ protected:
     test::ManualClock clock;
     QTemporaryDir directory;
     UserSettings settings;
-    Theme theme;
     test::FakeRepository* repository = nullptr;
     std::unique_ptr<TodayTaskStore> store;
     std::unique_ptr<SettingsModel> model;
@@ -106,14 +104,13 @@ TEST_F(SettingsModelTest, PreferencesAreSavedWithTheTasksAndBadValuesAreRefused)
     EXPECT_EQ(store->preferences().defaultTaskMinutes, 40);
 }
 
-TEST_F(SettingsModelTest, AppearanceGoesToTheSettingsFileAndTheThemeAtOnce) {
+TEST_F(SettingsModelTest, AppearanceIsWrittenToTheSettingsFileTheThemeReadsAtStart) {
     EXPECT_EQ(model->appearance(), QStringLiteral("system"));
     model->setAppearance(QStringLiteral("dark"));
-    EXPECT_TRUE(theme.isDark());
-    EXPECT_EQ(UserSettings(settings.filePath()).stringValue(QStringLiteral("appearance")),
-              QStringLiteral("dark"));
-    model->setAppearance(QStringLiteral("light"));
-    EXPECT_FALSE(theme.isDark());
+    const QString stored =
+        UserSettings(settings.filePath()).stringValue(QStringLiteral("appearance"));
+    EXPECT_EQ(stored, QStringLiteral("dark"));
+    EXPECT_TRUE(Theme::resolveDark(stored));
     model->setAppearance(QStringLiteral("sepia"));
     EXPECT_EQ(model->appearance(), QStringLiteral("system"));
 }

@@ -86,6 +86,9 @@ TEST_F(TodayModelTest, AnEmptyTodayKeepsItsHeaderWithAnEmptyState) {
     // Moving the upcoming task to today refills the section at once.
     model->doToday(idOf("Later"));
     EXPECT_EQ(rows(), (std::vector<std::string>{"header:Today 1", "task:Later"}));
+    model->moveToTomorrow(idOf("Later"));
+    EXPECT_EQ(rows(), (std::vector<std::string>{"header:Today 0", "empty", "header:Upcoming 1",
+                                                "task:Later"}));
 }
 
 TEST_F(TodayModelTest, AddFieldPreviewsWhatItRecognisedAndAddsThroughTheParser) {
