@@ -12,15 +12,13 @@ packages=(
   # tests, benchmarks, fuzzing
   libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev python3
   # desktop app
-  qt6-base-dev qt6-declarative-dev qt6-svg-dev libgl-dev
+  qt6-base-dev qt6-declarative-dev qt6-svg-dev qt6-multimedia-dev libgl-dev
   qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts
   qml6-module-qtquick-window qml6-module-qtquick-dialogs qml6-module-qt-labs-platform
   qml6-module-qtqml-workerscript qml6-module-qtquick-templates qml6-module-qtqml
   qml6-module-qttest qt6-qpa-plugins libxcb1-dev
   # hermetic test environment: a private session bus, a virtual display
-  dbus dbus-bin xvfb xauth x11-utils xdotool
-  # a window manager for the global shortcut and focus hand-back tests
-  openbox
+  dbus dbus-bin xvfb xauth x11-utils xdotool openbox
   # measuring the desktop app (scripts/measure-desktop.sh)
   time
 )

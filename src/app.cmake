@@ -1,5 +1,5 @@
 # daywyn_app: the Qt layer (every src/*/qt/ folder) and the daywyn executable.
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui DBus Qml Quick QuickControls2 Widgets)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui DBus Multimedia Qml Quick QuickControls2 Widgets)
 
 set(CMAKE_AUTOMOC ON)
 
@@ -8,7 +8,7 @@ file(GLOB DAYWYN_APP_SOURCES CONFIGURE_DEPENDS
     ${CMAKE_CURRENT_SOURCE_DIR}/*/qt/*.h)
 add_library(daywyn_app STATIC ${DAYWYN_APP_SOURCES})
 target_link_libraries(daywyn_app PUBLIC daywyn_core
-    Qt6::Core Qt6::Gui Qt6::DBus Qt6::Qml Qt6::Quick Qt6::QuickControls2 Qt6::Widgets)
+    Qt6::Core Qt6::Gui Qt6::DBus Qt6::Multimedia Qt6::Qml Qt6::Quick Qt6::QuickControls2 Qt6::Widgets)
 target_compile_definitions(daywyn_app PUBLIC QT_NO_KEYWORDS)
 daywyn_warnings(daywyn_app)
 
@@ -30,6 +30,11 @@ qt_add_resources(daywyn_app daywyn_qml
     PREFIX /daywyn
     BASE ${CMAKE_CURRENT_SOURCE_DIR}/ui/qml
     FILES ${DAYWYN_QML_FILES})
+# The pop-out chime, made by scripts/make-chime.py.
+qt_add_resources(daywyn_app daywyn_sounds
+    PREFIX /daywyn/sounds
+    BASE ${CMAKE_CURRENT_SOURCE_DIR}/ui/sounds
+    FILES ${CMAKE_CURRENT_SOURCE_DIR}/ui/sounds/chime.wav)
 
 # A D-Bus call to org.daywyn.Daywyn starts the app when it is not running (the command
 # line relies on it), and the desktop entry puts Daywyn in the application menu. Both

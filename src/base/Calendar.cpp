@@ -129,27 +129,22 @@ std::optional<Instant> Calendar::settingTime(Instant day, int hour, int minute, 
     if (U_FAILURE(status)) {
         return std::nullopt;
     }
-    calendar_->clear();
-    calendar_->set(UCAL_EXTENDED_YEAR, year);
-    calendar_->set(UCAL_MONTH, month);
-    calendar_->set(UCAL_DATE, date);
-    calendar_->set(UCAL_HOUR_OF_DAY, hour);
-    calendar_->set(UCAL_MINUTE, minute);
-    calendar_->set(UCAL_SECOND, second);
-    calendar_->set(UCAL_MILLISECOND, 0);
-    const double result = calendar_->getTime(status);
-    if (U_FAILURE(status) || !representable(result)) {
-        return std::nullopt;
-    }
-    return Instant{result / 1000.0};
+    return wallClock(year, month, date, hour, minute, second);
 }
 
 std::optional<Instant> Calendar::date(int year, int month, int day, int hour, int minute,
                                       int second) const {
+    return wallClock(year, month - 1, day, hour, minute, second);
+}
+
+std::optional<Instant> Calendar::wallClock(int year, int zeroBasedMonth, int day, int hour,
+                                           int minute, int second) const {
+    // Cleared first so no field of an earlier computation takes part in resolving
+    // these; the skipped and repeated wall-time options survive a clear.
     UErrorCode status = U_ZERO_ERROR;
     calendar_->clear();
     calendar_->set(UCAL_EXTENDED_YEAR, year);
-    calendar_->set(UCAL_MONTH, month - 1);
+    calendar_->set(UCAL_MONTH, zeroBasedMonth);
     calendar_->set(UCAL_DATE, day);
     calendar_->set(UCAL_HOUR_OF_DAY, hour);
     calendar_->set(UCAL_MINUTE, minute);

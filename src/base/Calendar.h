@@ -76,6 +76,8 @@ public:
 
 private:
     std::optional<Instant> adding(Instant at, int field, long long amount) const;
+    std::optional<Instant> wallClock(int year, int zeroBasedMonth, int day, int hour, int minute,
+                                     int second) const;
 
     std::unique_ptr<icu::GregorianCalendar> calendar_;
     bool valid_ = true;

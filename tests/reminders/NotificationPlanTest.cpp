@@ -31,6 +31,8 @@ DesiredNotifications desired(const std::vector<TaskItem>& tasks,
     return desiredNotifications(tasks, p, now, calendar);
 }
 
+// A pointer into a temporary plan would dangle.
+const NotificationRequest* find(DesiredNotifications&&, const std::string&) = delete;
 const NotificationRequest* find(const DesiredNotifications& d, const std::string& id) {
     auto it = std::find_if(d.requests.begin(), d.requests.end(),
                            [&](const NotificationRequest& r) { return r.identifier == id; });
@@ -78,7 +80,9 @@ TEST(DesiredNotifications, TaskReminderFiresAtTheReminderOrTheStart) {
         TaskItem task = TaskBuilder("Call Ama").createdAt(kNow);
         task.reminderDate = c.reminder;
         task.scheduledStart = c.start;
-        const auto* request = find(desired({task}), "daywyn.task." + task.id.text());
+        // The plan must outlive the pointer into it.
+        const auto plan = desired({task});
+        const auto* request = find(plan, "daywyn.task." + task.id.text());
         ASSERT_EQ(request != nullptr, c.title != nullptr);
         if (request) {
             EXPECT_EQ(*request,

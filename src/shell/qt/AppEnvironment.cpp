@@ -7,6 +7,10 @@
 #include <QQmlEngine>
 
 #include "persistence/JSONTaskRepository.h"
+#include "reminders/qt/DrawerReminderCoordinator.h"
+#include "reminders/qt/NotificationManager.h"
+#include "reminders/qt/ScreenLockWatcher.h"
+#include "reminders/qt/SoundEffectChime.h"
 #include "shell/qt/EdgePanelController.h"
 #include "shell/qt/GlobalShortcut.h"
 #include "shell/qt/LaunchAtLoginController.h"
@@ -30,12 +34,22 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     : QObject(parent)
     , calendar_(std::move(calendar))
     , clock_(std::move(clock)) {
-    // The drawer reminder coordinator is created first once drawer reminders exist.
+    drawerReminders_ = new DrawerReminderCoordinator(
+        DrawerReminderCoordinator::defaultSettingsPath(), calendar_, clock_, this);
+    screenLock_ =
+        new ScreenLockWatcher(QDBusConnection::sessionBus(), QDBusConnection::systemBus(), this);
+    connect(screenLock_, &ScreenLockWatcher::lockedChanged, drawerReminders_,
+            &DrawerReminderCoordinator::setLocked);
     store_ = std::make_unique<TodayTaskStore>(std::move(repository), clock_(), calendar_);
     drawerController_ = new EdgePanelController(this);
+    drawerController_->setReminderChime(std::make_unique<SoundEffectChime>());
+    drawerReminders_->setPresenter(drawerController_);
+    notificationManager_ =
+        new NotificationManager(*store_, calendar_, clock_, NotificationManager::defaultStatePath(),
+                                QDBusConnection::sessionBus(), this);
     userSettings_ = new UserSettings(UserSettings::defaultFilePath(), this);
-    // The notification, calendar, voice capture, launch-at-login and quick-capture
-    // controllers are created here, in that order, as each arrives.
+    // The calendar and voice capture controllers are created here, in that order, as
+    // each arrives.
     theme_ = new Theme(darkTheme, this);
     today_ = new TodayModel(*store_, calendar_, clock_, this);
     editor_ = new TaskEditor(*store_, calendar_, clock_, this);
@@ -65,6 +79,10 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
 AppEnvironment::~AppEnvironment() {
     // The listener must not outlive the controllers it reaches.
     store_->setOnMeaningfulChange({});
+    drawerReminders_->setPresenter(nullptr);
+    // It holds the store by reference.
+    delete notificationManager_;
+    notificationManager_ = nullptr;
     // Windows first (they use the engine), then the engine (it uses the models), then
     // the models (they observe the store), and the store last as a member.
     delete drawerController_;
@@ -92,6 +110,9 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("editor"), editor_);
         context->setContextProperty(QStringLiteral("sessions"), sessions_);
         context->setContextProperty(QStringLiteral("history"), history_);
+        // The settings screens' notification switches, messages and previews.
+        context->setContextProperty(QStringLiteral("notifications"), notificationManager_);
+        context->setContextProperty(QStringLiteral("drawerReminders"), drawerReminders_);
         context->setContextProperty(QStringLiteral("quickCapture"), quickCapture_);
         context->setContextProperty(QStringLiteral("launchAtLogin"), launchAtLogin_);
         context->setContextProperty(QStringLiteral("systemSettings"), systemSettings_);
@@ -122,17 +143,23 @@ void AppEnvironment::start() {
     quickCapture_->setPanelEngine(engine());
     quickCapture_->start();
     drawerController_->prepare(engine());
-    // Notifications are configured with the store and the drawer, and the calendar
-    // manager with the store, here, before the launch-at-login state is read again.
+    notificationManager_->configure(drawerController_);
+    // The calendar manager is configured with the store here, before the
+    // launch-at-login state is read again.
     launchAtLogin_->refresh();
 
     // The listener reaches the controllers weakly: it never keeps one alive, and a
     // controller gone at shutdown is simply skipped.
     QPointer<EdgePanelController> drawer = drawerController_;
+    QPointer<NotificationManager> notifications = notificationManager_;
+    Clock clock = clock_;
     store_->setOnMeaningfulChange(
-        [drawer](const std::vector<TaskItem>&, const AppPreferences& preferences) {
-            // Pending notifications are reconciled here, and today's calendar events
-            // refreshed when calendar integration is on.
+        [drawer, notifications, clock](const std::vector<TaskItem>& tasks,
+                                       const AppPreferences& preferences) {
+            if (notifications) {
+                notifications->refreshSchedules(tasks, preferences, clock());
+            }
+            // Today's calendar events are refreshed here when calendar integration is on.
             if (drawer) {
                 drawer->setAnchor(preferences.edgeAnchor);
             }
@@ -159,8 +186,11 @@ void AppEnvironment::performMaintenance() {
     // Google calendars refresh first here once connected accounts exist.
     const Instant now = clock_();
     store_->generateDueReportIfNeeded(now, calendar_);
-    // Then: calendars reload when the day changed, and drawer reminders are checked
-    // against the tasks and the de-duplicated events.
+    // A notification timer that stood still through a suspend delivers now.
+    notificationManager_->catchUp();
+    // Calendars reload here when the day changed; their de-duplicated events then go
+    // to the drawer reminders in place of this empty list.
+    drawerReminders_->check(store_->tasks(), {}, now);
     ++maintenancePasses_;
     Q_EMIT maintenancePerformed();
 }

@@ -16,6 +16,7 @@ class QQmlEngine;
 namespace daywyn {
 
 class CompletedHistoryModel;
+class DrawerReminderCoordinator;
 class EdgePanelController;
 class LaunchAtLoginController;
 class OnboardingWindow;
@@ -23,6 +24,8 @@ class QuickCaptureController;
 class SettingsModel;
 class SettingsWindow;
 class SystemSettingsNavigator;
+class NotificationManager;
+class ScreenLockWatcher;
 class SessionHistoryModel;
 class TaskEditor;
 class Theme;
@@ -70,6 +73,8 @@ public:
     // The settings and welcome windows, built from the engine on first use.
     SettingsWindow& settingsWindow();
     OnboardingWindow& onboardingWindow();
+    NotificationManager& notificationManager() { return *notificationManager_; }
+    DrawerReminderCoordinator& drawerReminders() { return *drawerReminders_; }
     TodayModel& today() { return *today_; }
     TaskEditor& editor() { return *editor_; }
     Theme& theme() { return *theme_; }
@@ -85,8 +90,10 @@ private Q_SLOTS:
 private:
     Calendar calendar_;
     Clock clock_;
-    std::unique_ptr<TodayTaskStore> store_;
     // Owned through QObject parenting; declared in construction order.
+    DrawerReminderCoordinator* drawerReminders_ = nullptr;
+    ScreenLockWatcher* screenLock_ = nullptr;
+    std::unique_ptr<TodayTaskStore> store_;
     EdgePanelController* drawerController_ = nullptr;
     UserSettings* userSettings_ = nullptr;
     QuickCaptureController* quickCapture_ = nullptr;
@@ -95,6 +102,7 @@ private:
     SettingsModel* settingsModel_ = nullptr;
     SettingsWindow* settingsWindow_ = nullptr;
     OnboardingWindow* onboardingWindow_ = nullptr;
+    NotificationManager* notificationManager_ = nullptr;
     Theme* theme_ = nullptr;
     TodayModel* today_ = nullptr;
     TaskEditor* editor_ = nullptr;

@@ -10,6 +10,7 @@
 #include <QGuiApplication>
 #include <QQmlContext>
 #include <QQmlEngine>
+#include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
 
@@ -35,6 +36,9 @@ QQuickView* makePanel(QQmlEngine& engine, const QString& source, Qt::WindowFlags
 
 EdgePanelController::EdgePanelController(QObject* parent)
     : QObject(parent) {
+    reminderAutoClose_.setSingleShot(true);
+    reminderAutoClose_.setInterval(defaultReminderAutoCloseMilliseconds);
+    connect(&reminderAutoClose_, &QTimer::timeout, this, &EdgePanelController::dismissReminder);
     slide_.setDuration(animationMilliseconds);
     slide_.setEasingCurve(QEasingCurve::InOutCubic);
     connect(&slide_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
@@ -63,6 +67,7 @@ EdgePanelController::EdgePanelController(QObject* parent)
 }
 
 EdgePanelController::~EdgePanelController() {
+    delete reminder_;
     delete drawer_;
     delete handle_;
 }
@@ -107,6 +112,7 @@ void EdgePanelController::prepare(QQmlEngine& engine) {
         return;
     }
     engine.rootContext()->setContextProperty(QStringLiteral("drawer"), this);
+    engine_ = &engine;
     handle_ = makePanel(engine, QStringLiteral("qrc:/daywyn/Handle.qml"),
                         Qt::WindowDoesNotAcceptFocus, QStringLiteral("Daywyn handle"));
     drawer_ =
@@ -166,6 +172,7 @@ void EdgePanelController::setAnchor(EdgeAnchor anchor) {
     if (anchor == anchor_) {
         return;
     }
+    dismissReminder();
     anchor_ = anchor;
     reposition();
     Q_EMIT anchorChanged();
@@ -183,6 +190,7 @@ void EdgePanelController::show() {
     if (!drawer_) {
         return;
     }
+    dismissReminder();
     const bool wasVisible = visible_ && slide_.state() != QAbstractAnimation::Running;
     currentScreen_ = pickScreen();
     const DrawerFrames f = frames();
@@ -241,6 +249,89 @@ void EdgePanelController::toggle() {
 void EdgePanelController::showForQuickAdd() {
     show();
     Q_EMIT addFieldFocusRequested();
+}
+
+void EdgePanelController::presentReminder(const DrawerReminder& reminder, bool playChime,
+                                          Callbacks callbacks) {
+    if (!engine_) {
+        return;
+    }
+    dismissReminder();
+    if (!reminder_) {
+        // Never focusable: a pop-out must not take the keyboard from the user's work.
+        reminder_ = makePanel(*engine_, QStringLiteral("qrc:/daywyn/ReminderPopout.qml"),
+                              Qt::WindowDoesNotAcceptFocus, QStringLiteral("Daywyn reminder"));
+        reminder_->setColor(Qt::transparent);
+    }
+    // The pop-out joins the drawer's screen while that screen is still attached.
+    if (!currentScreen_ || !QGuiApplication::screens().contains(currentScreen_.data())) {
+        currentScreen_ = pickScreen();
+    }
+    const QRect v = currentScreen_ ? currentScreen_->availableGeometry() : QRect(0, 0, 1280, 800);
+    reminder_->setScreen(currentScreen_);
+    reminder_->setGeometry(toRect(DrawerGeometry::reminderFrame(
+        {static_cast<double>(v.x()), static_cast<double>(v.y()), static_cast<double>(v.width()),
+         static_cast<double>(v.height())},
+        anchor_)));
+    reminderCallbacks_ = std::move(callbacks);
+    if (QQuickItem* root = reminder_->rootObject()) {
+        root->setProperty("title", QString::fromStdString(reminder.title));
+        root->setProperty("detail", QString::fromStdString(reminder.detail));
+        QMetaObject::invokeMethod(root, "fadeIn", Q_ARG(QVariant, QVariant(!reducedMotion_)));
+    }
+    // show() maps the window; with WindowDoesNotAcceptFocus the window manager is
+    // told not to give it input, and nothing here asks for activation.
+    reminder_->show();
+    reminder_->raise();
+    reminderAutoClose_.start();
+    if (playChime && chime_) {
+        chime_->play();
+    }
+    Q_EMIT reminderShown();
+}
+
+bool EdgePanelController::isShowingReminder() const {
+    return reminder_ && reminder_->isVisible();
+}
+
+void EdgePanelController::dismissReminder() {
+    reminderAutoClose_.stop();
+    if (chime_) {
+        chime_->stop();
+    }
+    if (!isShowingReminder()) {
+        return;
+    }
+    reminder_->hide();
+    Q_EMIT reminderClosed();
+}
+
+void EdgePanelController::openReminder() {
+    // Copied first: the callback closes the pop-out, which may replace the callbacks.
+    const auto callback = reminderCallbacks_.open;
+    if (callback) {
+        callback();
+    } else {
+        show();
+    }
+}
+
+void EdgePanelController::snoozeReminder() {
+    const auto callback = reminderCallbacks_.snooze;
+    if (callback) {
+        callback();
+    } else {
+        dismissReminder();
+    }
+}
+
+void EdgePanelController::closeReminder() {
+    const auto callback = reminderCallbacks_.dismiss;
+    if (callback) {
+        callback();
+    } else {
+        dismissReminder();
+    }
 }
 
 } // namespace daywyn

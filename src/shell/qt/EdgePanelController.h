@@ -1,11 +1,16 @@
 #pragma once
 
+#include <memory>
+
 #include <QObject>
 #include <QPointer>
 #include <QRect>
+#include <QTimer>
 #include <QVariantAnimation>
 
 #include "model/AppPreferences.h"
+#include "reminders/qt/ReminderChime.h"
+#include "reminders/qt/ReminderPresenter.h"
 #include "shell/DrawerGeometry.h"
 
 class QQmlEngine;
@@ -16,16 +21,18 @@ namespace daywyn {
 
 // The app's two windows at a screen edge: the 58 x 58 handle and the drawer that
 // slides out of the edge with the Today screen. Both are frameless, always on top and
-// kept off the taskbar; the handle never takes keyboard focus.
-// The reminder pop-out beside the drawer belongs here too and arrives with the
-// drawer reminders (DrawerGeometry::reminderFrame already places it).
-class EdgePanelController : public QObject {
+// kept off the taskbar; the handle never takes keyboard focus. A third, short-lived
+// window is the reminder pop-out on the anchor's side, which never takes focus either
+// and closes by itself after 20 seconds.
+class EdgePanelController : public QObject, public ReminderPresenter {
     Q_OBJECT
     Q_PROPERTY(bool isVisible READ isVisible NOTIFY isVisibleChanged)
     Q_PROPERTY(QString anchor READ anchorName NOTIFY anchorChanged)
+    Q_PROPERTY(int reminderAutoCloseMilliseconds READ reminderAutoCloseMilliseconds CONSTANT)
 
 public:
     static constexpr int animationMilliseconds = 220;
+    static constexpr int defaultReminderAutoCloseMilliseconds = 20'000;
 
     explicit EdgePanelController(QObject* parent = nullptr);
     ~EdgePanelController() override;
@@ -56,6 +63,29 @@ public:
     QQuickView* drawerWindow() const { return drawer_; }
     QQuickView* handleWindow() const { return handle_; }
 
+    // The reminder pop-out (ReminderPresenter): closes any previous one, places the
+    // new one in the anchor's corner or on the middle of its edge, fades it in
+    // without activating it and closes it after the auto-close time. Changing the
+    // anchor or showing the drawer closes it. Does nothing before prepare().
+    void presentReminder(const DrawerReminder& reminder, bool playChime,
+                         Callbacks callbacks) override;
+    void dismissReminder() override;
+    void showDrawer() override { show(); }
+    QQuickView* reminderWindow() const { return reminder_; }
+    bool isShowingReminder() const;
+    int reminderAutoCloseMilliseconds() const { return reminderAutoClose_.interval(); }
+    // Tests shorten the wait; the app keeps the default.
+    void setReminderAutoCloseMilliseconds(int milliseconds) {
+        reminderAutoClose_.setInterval(milliseconds);
+    }
+    // The chime's player; none: silent.
+    void setReminderChime(std::unique_ptr<ReminderChime> chime) { chime_ = std::move(chime); }
+
+    // The pop-out's buttons, from QML.
+    Q_INVOKABLE void openReminder();
+    Q_INVOKABLE void snoozeReminder();
+    Q_INVOKABLE void closeReminder();
+
 Q_SIGNALS:
     void isVisibleChanged();
     void anchorChanged();
@@ -63,6 +93,9 @@ Q_SIGNALS:
     void addFieldFocusRequested();
     // The drawer finished sliding in (or appeared at once) and drew its frame.
     void drawerShown();
+    // A reminder pop-out appeared or went away.
+    void reminderShown();
+    void reminderClosed();
 
 private:
     // The screen under the pointer, else the primary one, else any.
@@ -80,6 +113,11 @@ private:
     QQuickView* drawer_ = nullptr;
     QVariantAnimation slide_;
     bool hideAtEnd_ = false;
+    QQmlEngine* engine_ = nullptr;
+    QQuickView* reminder_ = nullptr;
+    Callbacks reminderCallbacks_;
+    QTimer reminderAutoClose_;
+    std::unique_ptr<ReminderChime> chime_;
 };
 
 } // namespace daywyn

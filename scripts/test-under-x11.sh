@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Runs Qt tests on a private X server with a window manager, where windows, focus
+# and window-manager hints are real: Xvfb plus openbox, then ctest with
+# DAYWYN_TEST_QPA=xcb so scripts/hermetic-test.sh keeps the display.
+#   scripts/test-under-x11.sh [build] [ctest regex]   (default: DrawerReminderPopout)
+set -euo pipefail
+
+build=${1:-build}
+pattern=${2:-DrawerReminderPopout}
+here=$(cd "$(dirname "$0")/.." && pwd)
+
+xvfb_pid=""
+wm_pid=""
+cleanup() {
+  [ -n "$wm_pid" ] && kill "$wm_pid" 2>/dev/null || true
+  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2>/dev/null || true
+}
+trap cleanup EXIT
+
+display=:$((90 + RANDOM % 400))
+Xvfb "$display" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
+xvfb_pid=$!
+for _ in $(seq 50); do
+  [ -e "/tmp/.X11-unix/X${display#:}" ] && break
+  sleep 0.1
+done
+DISPLAY="$display" openbox >/dev/null 2>&1 &
+wm_pid=$!
+sleep 0.5
+
+cd "$here/$build"
+DISPLAY="$display" DAYWYN_TEST_QPA=xcb DAYWYN_TEST_KEEP_DISPLAY=1 \
+  ctest -R "$pattern" --output-on-failure
