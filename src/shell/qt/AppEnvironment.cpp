@@ -79,6 +79,11 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
 AppEnvironment::~AppEnvironment() {
     // The listener must not outlive the controllers it reaches.
     store_->setOnMeaningfulChange({});
+    // The settings and welcome windows bind to every controller below: they go first.
+    delete settingsWindow_;
+    settingsWindow_ = nullptr;
+    delete onboardingWindow_;
+    onboardingWindow_ = nullptr;
     drawerReminders_->setPresenter(nullptr);
     // It holds the store by reference.
     delete notificationManager_;
@@ -87,10 +92,6 @@ AppEnvironment::~AppEnvironment() {
     // the models (they observe the store), and the store last as a member.
     delete drawerController_;
     drawerController_ = nullptr;
-    delete settingsWindow_;
-    settingsWindow_ = nullptr;
-    delete onboardingWindow_;
-    onboardingWindow_ = nullptr;
     delete quickCapture_;
     quickCapture_ = nullptr;
     engine_.reset();

@@ -104,17 +104,25 @@ Rectangle {
                     wrapMode: Text.WordWrap
                     font.pixelSize: 13
                     color: theme.text
-                    text: "Choose the reminders you want now. They are saved with your tasks; this version of Daywyn does not send desktop notifications yet, and will use these choices once it does."
+                    text: "Daywyn can remind you through your desktop's notifications when a task starts, and with gentle pop-outs beside the drawer. Choose what you want now; Settings › Notifications has the rest."
                 }
                 SettingsSwitch {
                     text: "Remind me when a task starts"
                     checked: settingsModel.preferences.taskRemindersEnabled
-                    onToggled: settingsModel.setPreference("taskRemindersEnabled", checked)
+                    onToggled: notifications.setTaskRemindersEnabled(checked)
                 }
                 SettingsSwitch {
                     text: "Create an end-of-day report"
                     checked: settingsModel.preferences.dailyReviewEnabled
-                    onToggled: settingsModel.setPreference("dailyReviewEnabled", checked)
+                    onToggled: notifications.setDailyReviewEnabled(checked)
+                }
+                Text {
+                    visible: notifications.errorMessage !== ""
+                    text: notifications.errorMessage
+                    Layout.fillWidth: true
+                    wrapMode: Text.WordWrap
+                    font.pixelSize: 12
+                    color: theme.text
                 }
                 Item { Layout.fillHeight: true }
             }

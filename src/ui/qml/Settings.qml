@@ -268,17 +268,51 @@ Rectangle {
                 Layout.fillWidth: true
                 spacing: 16
                 SettingsSection {
+                    title: "Desktop notifications"
+                    Text {
+                        objectName: "notificationStatus"
+                        Layout.fillWidth: true
+                        wrapMode: Text.WordWrap
+                        font.pixelSize: 12
+                        color: theme.text
+                        text: notifications.authorizationStatus === "authorized"
+                              ? "Daywyn can send notifications: your desktop's notification service answered."
+                              : "No notification service answered, so Daywyn cannot send notifications. Start your desktop's notification service, then try again."
+                    }
+                    RowLayout {
+                        spacing: 8
+                        FlatButton {
+                            text: "Send a test notification"
+                            fill: theme.raised
+                            onClicked: notifications.sendTestNotification()
+                        }
+                        FlatButton {
+                            text: "Check again"
+                            fill: theme.raised
+                            onClicked: notifications.refreshAuthorizationStatus()
+                        }
+                    }
+                    Text {
+                        visible: text !== ""
+                        text: notifications.errorMessage !== "" ? notifications.errorMessage : notifications.actionMessage
+                        Layout.fillWidth: true
+                        wrapMode: Text.WordWrap
+                        font.pixelSize: 12
+                        color: theme.text
+                        Accessible.role: Accessible.AlertMessage
+                    }
+                }
+                SettingsSection {
                     title: "Reminders"
-                    note: "These choices are saved with your tasks. Desktop notifications are delivered by a later version of Daywyn; until then nothing is sent."
                     SettingsSwitch {
                         text: "Remind me when a task starts"
                         checked: settingsModel.preferences.taskRemindersEnabled
-                        onToggled: settingsModel.setPreference("taskRemindersEnabled", checked)
+                        onToggled: notifications.setTaskRemindersEnabled(checked)
                     }
                     SettingsSwitch {
                         text: "Warn before a task's estimate runs out"
                         checked: settingsModel.preferences.budgetNotificationsEnabled
-                        onToggled: settingsModel.setPreference("budgetNotificationsEnabled", checked)
+                        onToggled: notifications.setBudgetNotificationsEnabled(checked)
                     }
                     SettingsNumber {
                         label: "Estimate warning lead"
@@ -290,7 +324,7 @@ Rectangle {
                     SettingsSwitch {
                         text: "Alert when a scheduled end passes"
                         checked: settingsModel.preferences.scheduledEndAlertsEnabled
-                        onToggled: settingsModel.setPreference("scheduledEndAlertsEnabled", checked)
+                        onToggled: notifications.setScheduledEndAlertsEnabled(checked)
                     }
                     SettingsNumber {
                         label: "End warning lead"
@@ -298,6 +332,30 @@ Rectangle {
                         unit: "min"
                         from: 1
                         to: 120
+                    }
+                }
+                SettingsSection {
+                    title: "Drawer pop-outs"
+                    note: "Gentle reminders beside the drawer for due tasks and a check-in now and then; never while the screen is locked."
+                    SettingsSwitch {
+                        text: "Show gentle drawer pop-outs"
+                        checked: settingsModel.userSwitch("inAppRemindersEnabled", true)
+                        onToggled: settingsModel.setUserSwitch("inAppRemindersEnabled", checked)
+                    }
+                    SettingsSwitch {
+                        text: "Pause for presentations"
+                        checked: settingsModel.userSwitch("inAppRemindersPaused", false)
+                        onToggled: settingsModel.setUserSwitch("inAppRemindersPaused", checked)
+                    }
+                    SettingsSwitch {
+                        text: "Play a soft chime"
+                        checked: settingsModel.userSwitch("inAppReminderSoundEnabled", true)
+                        onToggled: settingsModel.setUserSwitch("inAppReminderSoundEnabled", checked)
+                    }
+                    FlatButton {
+                        text: "Preview a pop-out"
+                        fill: theme.raised
+                        onClicked: drawerReminders.preview()
                     }
                 }
                 SettingsSection {
@@ -317,7 +375,7 @@ Rectangle {
                             valueRole: "value"
                             Accessible.name: "Unfinished task reminders"
                             Component.onCompleted: currentIndex = indexOfValue(settingsModel.preferences.unfinishedReminderCadence)
-                            onActivated: settingsModel.setPreference("unfinishedReminderCadence", currentValue)
+                            onActivated: notifications.setUnfinishedReminderCadence(currentValue)
                         }
                     }
                     SettingsNumber { label: "Active hours start"; preference: "activeHoursStart"; unit: ":00"; from: 0; to: 23 }
@@ -458,7 +516,7 @@ Rectangle {
                         objectName: "dailyReviewSwitch"
                         text: "Create an end-of-day report"
                         checked: settingsModel.preferences.dailyReviewEnabled
-                        onToggled: settingsModel.setPreference("dailyReviewEnabled", checked)
+                        onToggled: notifications.setDailyReviewEnabled(checked)
                     }
                     RowLayout {
                         spacing: 8

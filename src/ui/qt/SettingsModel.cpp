@@ -261,6 +261,14 @@ bool SettingsModel::exportData(bool asCsv, const QString& path) {
     return true;
 }
 
+bool SettingsModel::userSwitch(const QString& key, bool fallback) const {
+    return settings_.boolValue(key, fallback);
+}
+
+void SettingsModel::setUserSwitch(const QString& key, bool on) {
+    settings_.setValue(key, on);
+}
+
 QString SettingsModel::version() const {
     return QString::fromStdString(versionLine());
 }

@@ -64,6 +64,11 @@ public:
     // "Export saved to <name>." or "Export failed: <reason>.". True when saved.
     Q_INVOKABLE bool exportData(bool asCsv, const QString& path);
 
+    // A switch kept in this machine's settings file (the drawer pop-outs'), or
+    // `fallback` when it was never set; setting it writes the file at once.
+    Q_INVOKABLE bool userSwitch(const QString& key, bool fallback) const;
+    Q_INVOKABLE void setUserSwitch(const QString& key, bool on);
+
     QString message() const { return message_; }
     Q_INVOKABLE void clearMessage() { setMessage({}); }
 
