@@ -115,6 +115,14 @@ TEST_F(SettingsModelTest, AppearanceIsWrittenToTheSettingsFileTheThemeReadsAtSta
     EXPECT_EQ(model->appearance(), QStringLiteral("system"));
 }
 
+TEST_F(SettingsModelTest, PopOutSwitchesLiveInThisMachinesSettingsFile) {
+    EXPECT_TRUE(model->userSwitch(QStringLiteral("inAppRemindersEnabled"), true));
+    model->setUserSwitch(QStringLiteral("inAppRemindersEnabled"), false);
+    EXPECT_FALSE(
+        UserSettings(settings.filePath()).boolValue(QStringLiteral("inAppRemindersEnabled"), true));
+    EXPECT_FALSE(model->userSwitch(QStringLiteral("inAppRemindersEnabled"), true));
+}
+
 TEST_F(SettingsModelTest, GeneratingADueReviewListsItOnceAndThenSaysNoneIsDue) {
     EXPECT_TRUE(model->reports().isEmpty());
     model->generateDueReport();
