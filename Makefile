@@ -49,7 +49,8 @@ fuzz: deps
 format:
 	git ls-files -z -- '*.cpp' '*.h' | xargs -0 -r clang-format -i
 
-# The drawer, light and dark, from a seeded state on a private X server.
+# The drawer, Quick Add, every settings page and the welcome window, light and dark,
+# from a seeded state on a private X server.
 screenshots: build
 	scripts/screenshots.sh $(BUILD)
 

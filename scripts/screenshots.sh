@@ -28,3 +28,16 @@ for theme in light dark; do
     dbus-run-session -- timeout 30 "$binary" 2> >(grep -v 'fd limit' >&2)
   echo "Wrote $out/drawer-$theme.png, drawer-$theme-end.png and drawer-$theme-screen.png"
 done
+
+# Quick Add with a typed line, every settings page and the welcome window, each theme.
+for theme in light dark; do
+  home="$root/$theme"
+  folder="$out"
+  [ "$theme" = light ] || folder="$out/dark"
+  env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY \
+    DISPLAY="$display" QT_QPA_PLATFORM=xcb HOME="$home" XDG_DATA_HOME="$home/data" \
+    XDG_CONFIG_HOME="$home/config" XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$home/runtime" \
+    DAYWYN_SETTINGS_SCREENSHOTS="$folder" \
+    dbus-run-session -- timeout 60 "$binary" 2> >(grep -v 'fd limit' >&2)
+  echo "Wrote Quick Add, settings and welcome screenshots to $folder"
+done

@@ -12,6 +12,11 @@ target_link_libraries(daywyn_app PUBLIC daywyn_core
 target_compile_definitions(daywyn_app PUBLIC QT_NO_KEYWORDS)
 daywyn_warnings(daywyn_app)
 
+# The global shortcut and focus hand-back talk to the X server over Qt's xcb connection.
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(DAYWYN_XCB REQUIRED IMPORTED_TARGET xcb)
+target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_XCB)
+
 add_executable(daywyn ${CMAKE_CURRENT_SOURCE_DIR}/main.cpp)
 target_link_libraries(daywyn PRIVATE daywyn_app)
 daywyn_warnings(daywyn)

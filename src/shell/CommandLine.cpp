@@ -39,6 +39,9 @@ constexpr const char* kUsage =
     "  export --json PATH   save all tasks and reports as JSON (--csv PATH: a spreadsheet)\n"
     "  report               write the end-of-day report that is due (--list: saved reports)\n"
     "  split TEXT...        show the tasks that voice capture would make of a spoken list\n"
+    "  quick-add            open the Quick Add panel of the running app (starting it if\n"
+    "                       needed); bind it to a desktop shortcut where Ctrl+Alt+Space\n"
+    "                       cannot be grabbed\n"
     "\n"
     "Run 'daywyn VERB --help' for a verb's options. 'daywyn --version' prints the version.\n";
 
@@ -72,6 +75,8 @@ constexpr VerbHelp kVerbHelp[] = {
     {"report", "Usage: daywyn report [--list] [--json]\n\n"
                "Writes the end-of-day report that is due now and prints it. --list prints the\n"
                "saved reports, newest day first; --json prints them as JSON.\n"},
+    {"quick-add", "Usage: daywyn quick-add\n\nOpens the Quick Add panel of the running app, "
+                  "starting Daywyn first when it is not running.\n"},
     {"split", "Usage: daywyn split [--json] TEXT...\n\n"
               "Shows the task candidates that voice capture makes of a spoken list. Say\n"
               "\"next task\" or pause between items. --json prints an array of objects with\n"
@@ -162,7 +167,7 @@ std::optional<CommandOutput> usageProblem(const std::vector<std::string>& args) 
     if (a.unknownFlag) {
         return usageError(verb, "Unknown option " + *a.unknownFlag + ".");
     }
-    if ((verb == "today" || verb == "report") && !a.words.empty()) {
+    if ((verb == "today" || verb == "report" || verb == "quick-add") && !a.words.empty()) {
         return usageError(verb, "It takes no words.");
     }
     if (verb == "export" && (a.has("--json") == a.has("--csv") || a.words.size() != 1)) {
@@ -683,6 +688,10 @@ CommandOutput runCommand(TodayTaskStore& store, const std::vector<std::string>& 
     }
     if (verb == "split") {
         return runSplit(args, now, calendar);
+    }
+    if (verb == "quick-add") {
+        // The panel lives in the desktop app; the command-line process asks it over D-Bus.
+        return failure("Quick Add opens in the desktop app: run 'daywyn quick-add' there.");
     }
     return runTaskVerb(store, args, now, calendar);
 }

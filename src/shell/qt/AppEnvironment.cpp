@@ -1,17 +1,28 @@
 #include "shell/qt/AppEnvironment.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QPointer>
 #include <QQmlContext>
 #include <QQmlEngine>
 
+#include "persistence/JSONTaskRepository.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
 #include "reminders/qt/NotificationManager.h"
 #include "reminders/qt/ScreenLockWatcher.h"
 #include "reminders/qt/SoundEffectChime.h"
 #include "shell/qt/EdgePanelController.h"
+#include "shell/qt/GlobalShortcut.h"
+#include "shell/qt/LaunchAtLoginController.h"
+#include "shell/qt/QuickCaptureController.h"
+#include "shell/qt/QuickCaptureFocus.h"
+#include "shell/qt/SystemSettingsNavigator.h"
+#include "shell/qt/UserSettings.h"
 #include "ui/qt/CompletedHistoryModel.h"
+#include "ui/qt/OnboardingWindow.h"
 #include "ui/qt/SessionHistoryModel.h"
+#include "ui/qt/SettingsModel.h"
+#include "ui/qt/SettingsWindow.h"
 #include "ui/qt/TaskEditor.h"
 #include "ui/qt/Theme.h"
 #include "ui/qt/TodayModel.h"
@@ -36,13 +47,25 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     notificationManager_ =
         new NotificationManager(*store_, calendar_, clock_, NotificationManager::defaultStatePath(),
                                 QDBusConnection::sessionBus(), this);
-    // The calendar, voice capture, launch-at-login and quick-capture controllers are
-    // created here, in that order, as each arrives.
+    userSettings_ = new UserSettings(UserSettings::defaultFilePath(), this);
+    // The calendar and voice capture controllers are created here, in that order, as
+    // each arrives.
     theme_ = new Theme(darkTheme, this);
     today_ = new TodayModel(*store_, calendar_, clock_, this);
     editor_ = new TaskEditor(*store_, calendar_, clock_, this);
     sessions_ = new SessionHistoryModel(*store_, calendar_, clock_, this);
     history_ = new CompletedHistoryModel(*store_, calendar_, clock_, this);
+    const auto dataFile = JSONTaskRepository::defaultFilePath();
+    settingsModel_ = new SettingsModel(*store_, calendar_, clock_, *userSettings_,
+                                       dataFile ? QString::fromStdString(dataFile.value())
+                                                : QString::fromStdString(dataFile.error()),
+                                       this);
+    quickCapture_ = new QuickCaptureController(*store_, calendar_, clock_, *userSettings_,
+                                               GlobalShortcut::forThisSession(),
+                                               QuickCaptureFocus::forThisSession(), true, this);
+    launchAtLogin_ = new LaunchAtLoginController(LaunchAtLoginController::defaultEntryPath(),
+                                                 QCoreApplication::applicationFilePath(), this);
+    systemSettings_ = new SystemSettingsNavigator(this);
     connect(drawerController_, &EdgePanelController::isVisibleChanged, today_,
             [this] { today_->setLive(drawerController_->isVisible()); });
 
@@ -56,6 +79,11 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
 AppEnvironment::~AppEnvironment() {
     // The listener must not outlive the controllers it reaches.
     store_->setOnMeaningfulChange({});
+    // The settings and welcome windows bind to every controller below: they go first.
+    delete settingsWindow_;
+    settingsWindow_ = nullptr;
+    delete onboardingWindow_;
+    onboardingWindow_ = nullptr;
     drawerReminders_->setPresenter(nullptr);
     // It holds the store by reference.
     delete notificationManager_;
@@ -64,7 +92,10 @@ AppEnvironment::~AppEnvironment() {
     // the models (they observe the store), and the store last as a member.
     delete drawerController_;
     drawerController_ = nullptr;
+    delete quickCapture_;
+    quickCapture_ = nullptr;
     engine_.reset();
+    delete settingsModel_;
     delete history_;
     delete sessions_;
     delete editor_;
@@ -83,8 +114,26 @@ QQmlEngine& AppEnvironment::engine() {
         // The settings screens' notification switches, messages and previews.
         context->setContextProperty(QStringLiteral("notifications"), notificationManager_);
         context->setContextProperty(QStringLiteral("drawerReminders"), drawerReminders_);
+        context->setContextProperty(QStringLiteral("quickCapture"), quickCapture_);
+        context->setContextProperty(QStringLiteral("launchAtLogin"), launchAtLogin_);
+        context->setContextProperty(QStringLiteral("systemSettings"), systemSettings_);
+        context->setContextProperty(QStringLiteral("settingsModel"), settingsModel_);
     }
     return *engine_;
+}
+
+SettingsWindow& AppEnvironment::settingsWindow() {
+    if (!settingsWindow_) {
+        settingsWindow_ = new SettingsWindow(engine(), this);
+    }
+    return *settingsWindow_;
+}
+
+OnboardingWindow& AppEnvironment::onboardingWindow() {
+    if (!onboardingWindow_) {
+        onboardingWindow_ = new OnboardingWindow(engine(), *userSettings_, this);
+    }
+    return *onboardingWindow_;
 }
 
 void AppEnvironment::start() {
@@ -92,11 +141,13 @@ void AppEnvironment::start() {
         return;
     }
     hasStarted_ = true;
-    // Quick capture starts here (its global shortcut) once it exists.
+    quickCapture_->setPanelEngine(engine());
+    quickCapture_->start();
     drawerController_->prepare(engine());
     notificationManager_->configure(drawerController_);
-    // The calendar manager is configured with the store, and the launch-at-login state
-    // refreshed here, in that order.
+    // The calendar manager is configured with the store here, before the
+    // launch-at-login state is read again.
+    launchAtLogin_->refresh();
 
     // The listener reaches the controllers weakly: it never keeps one alive, and a
     // controller gone at shutdown is simply skipped.

@@ -18,12 +18,19 @@ namespace daywyn {
 class CompletedHistoryModel;
 class DrawerReminderCoordinator;
 class EdgePanelController;
+class LaunchAtLoginController;
+class OnboardingWindow;
+class QuickCaptureController;
+class SettingsModel;
+class SettingsWindow;
+class SystemSettingsNavigator;
 class NotificationManager;
 class ScreenLockWatcher;
 class SessionHistoryModel;
 class TaskEditor;
 class Theme;
 class TodayModel;
+class UserSettings;
 
 // The app's composition root: owns the store and every long-lived controller for the
 // whole run, wires the store's change listener and runs the maintenance pass every 15
@@ -57,6 +64,15 @@ public:
     const Calendar& calendar() const { return calendar_; }
     TodayTaskStore& store() { return *store_; }
     EdgePanelController& drawerController() { return *drawerController_; }
+    // The machine's own settings ($XDG_CONFIG_HOME/Daywyn/Daywyn.conf).
+    UserSettings& userSettings() { return *userSettings_; }
+    QuickCaptureController& quickCapture() { return *quickCapture_; }
+    LaunchAtLoginController& launchAtLogin() { return *launchAtLogin_; }
+    SystemSettingsNavigator& systemSettings() { return *systemSettings_; }
+    SettingsModel& settingsModel() { return *settingsModel_; }
+    // The settings and welcome windows, built from the engine on first use.
+    SettingsWindow& settingsWindow();
+    OnboardingWindow& onboardingWindow();
     NotificationManager& notificationManager() { return *notificationManager_; }
     DrawerReminderCoordinator& drawerReminders() { return *drawerReminders_; }
     TodayModel& today() { return *today_; }
@@ -79,6 +95,13 @@ private:
     ScreenLockWatcher* screenLock_ = nullptr;
     std::unique_ptr<TodayTaskStore> store_;
     EdgePanelController* drawerController_ = nullptr;
+    UserSettings* userSettings_ = nullptr;
+    QuickCaptureController* quickCapture_ = nullptr;
+    LaunchAtLoginController* launchAtLogin_ = nullptr;
+    SystemSettingsNavigator* systemSettings_ = nullptr;
+    SettingsModel* settingsModel_ = nullptr;
+    SettingsWindow* settingsWindow_ = nullptr;
+    OnboardingWindow* onboardingWindow_ = nullptr;
     NotificationManager* notificationManager_ = nullptr;
     Theme* theme_ = nullptr;
     TodayModel* today_ = nullptr;

@@ -111,6 +111,30 @@ std::optional<CommandOutput> forwardToRunningApp(const std::vector<std::string>&
                          toUtf8(values[2].toString())};
 }
 
+// Asks the app to open Quick Add; the bus starts Daywyn through its service file when
+// it is not running, so the first press after login works too.
+int openQuickAdd() {
+    if (!sessionBusAvailable()) {
+        std::fprintf(stderr, "Quick Add could not be opened: no D-Bus session bus.\n");
+        return 1;
+    }
+    int argc = 1;
+    char name[] = "daywyn";
+    char* argv[] = {name, nullptr};
+    QCoreApplication app(argc, argv);
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    const QDBusMessage call =
+        QDBusMessage::createMethodCall(QString::fromUtf8(kService), QString::fromUtf8(kPath),
+                                       QString::fromUtf8(kInterface), QStringLiteral("QuickAdd"));
+    const QDBusMessage reply = bus.call(call, QDBus::Block, 30000);
+    if (reply.type() != QDBusMessage::ReplyMessage) {
+        std::fprintf(stderr, "Quick Add could not be opened: %s\n",
+                     toUtf8(reply.errorMessage()).c_str());
+        return 1;
+    }
+    return 0;
+}
+
 int runHere(const std::vector<std::string>& args, VerbAccess access) {
     const Instant now = currentInstant();
     const Calendar calendar;
@@ -154,6 +178,9 @@ int runCommandLine(const std::vector<std::string>& args) {
     }
     if (auto early = checkWithoutStore(args, currentInstant(), Calendar())) {
         return print(*early);
+    }
+    if (args[0] == "quick-add") {
+        return openQuickAdd();
     }
     const VerbAccess access = verbAccess(args);
     if (access == VerbAccess::writing) {

@@ -4,6 +4,7 @@
 #include "shell/CommandLine.h"
 #include "shell/qt/AppEnvironment.h"
 #include "shell/qt/EdgePanelController.h"
+#include "shell/qt/QuickCaptureController.h"
 
 namespace daywyn {
 
@@ -22,7 +23,7 @@ void DaywynBusService::Toggle() {
     environment_.drawerController().toggle();
 }
 void DaywynBusService::QuickAdd() {
-    environment_.drawerController().showForQuickAdd();
+    environment_.quickCapture().show();
 }
 
 int DaywynBusService::AddTask(const QString& title, const QString& startIso, QString& message) {

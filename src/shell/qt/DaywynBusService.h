@@ -35,6 +35,7 @@ public Q_SLOTS:
     void Show();
     void Hide();
     void Toggle();
+    // Opens the floating Quick Add panel in front of whatever is open.
     void QuickAdd();
     // Adds a task titled exactly as typed (not parsed), starting at startIso when given
     // ("2026-03-04T08:15:00Z"). Status 0 with "Added <title> to Daywyn.", else 1 or 2

@@ -28,7 +28,11 @@
 #include "shell/qt/AppEnvironment.h"
 #include "shell/qt/DaywynBusService.h"
 #include "shell/qt/EdgePanelController.h"
+#include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/TrayIcon.h"
+#include "ui/qt/OnboardingWindow.h"
+#include "ui/qt/SettingsScreenshots.h"
+#include "ui/qt/SettingsWindow.h"
 #include "ui/qt/Theme.h"
 
 namespace daywyn {
@@ -198,6 +202,16 @@ int runDesktopApp(int argc, char** argv) {
     quitOnTerminationSignals(&app);
     environment.start();
     TrayIcon tray(drawer);
+    tray.setQuickCapture(environment.quickCapture());
+    tray.setSettingsOpener([&environment] { environment.settingsWindow().show(); });
+    // Screenshot hook: Quick Add, each settings page and the welcome window, then exit.
+    if (const QString folder = qEnvironmentVariable("DAYWYN_SETTINGS_SCREENSHOTS");
+        !folder.isEmpty()) {
+        captureSettingsScreenshots(environment.quickCapture(), environment.settingsWindow(),
+                                   environment.onboardingWindow(), folder);
+    } else if (!exitWhenReady && screenshot.isEmpty()) {
+        environment.onboardingWindow().showIfNeeded();
+    }
     if (exitWhenReady || !screenshot.isEmpty()) {
         drawer.show();
     }

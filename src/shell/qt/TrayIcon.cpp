@@ -8,6 +8,7 @@
 #include <QSystemTrayIcon>
 
 #include "shell/qt/EdgePanelController.h"
+#include "shell/qt/QuickCaptureController.h"
 
 namespace daywyn {
 namespace {
@@ -45,12 +46,13 @@ TrayIcon::TrayIcon(EdgePanelController& drawer, QObject* parent)
     : QObject(parent) {
     menu_ = new QMenu();
     menu_->addAction(QStringLiteral("Show drawer"), &drawer, &EdgePanelController::show);
-    menu_->addAction(QStringLiteral("Quick Add"), &drawer, &EdgePanelController::showForQuickAdd);
-    // Settings come with their own pages; until then the entry says so instead of
-    // opening an empty window.
-    QAction* settings = menu_->addAction(QStringLiteral("Settings"));
-    settings->setEnabled(false);
-    settings->setToolTip(QStringLiteral("Settings are not available in this version yet."));
+    quickAdd_ = menu_->addAction(QStringLiteral("Quick Add"), &drawer,
+                                 &EdgePanelController::showForQuickAdd);
+    // Settings come with their own pages; until they are set, the entry says so instead
+    // of opening an empty window.
+    settings_ = menu_->addAction(QStringLiteral("Settings"));
+    settings_->setEnabled(false);
+    settings_->setToolTip(QStringLiteral("Settings are not available in this version yet."));
     menu_->addSeparator();
     menu_->addAction(QStringLiteral("Quit"), qApp, &QCoreApplication::quit);
 
@@ -68,6 +70,18 @@ TrayIcon::TrayIcon(EdgePanelController& drawer, QObject* parent)
 
 TrayIcon::~TrayIcon() {
     delete menu_;
+}
+
+void TrayIcon::setQuickCapture(QuickCaptureController& quickCapture) {
+    disconnect(quickAdd_, &QAction::triggered, nullptr, nullptr);
+    connect(quickAdd_, &QAction::triggered, &quickCapture, &QuickCaptureController::show);
+}
+
+void TrayIcon::setSettingsOpener(std::function<void()> open) {
+    disconnect(settings_, &QAction::triggered, nullptr, nullptr);
+    connect(settings_, &QAction::triggered, this, [open = std::move(open)] { open(); });
+    settings_->setEnabled(true);
+    settings_->setToolTip({});
 }
 
 } // namespace daywyn

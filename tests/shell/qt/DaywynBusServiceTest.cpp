@@ -9,6 +9,7 @@
 #include "shell/CommandLine.h"
 #include "shell/qt/AppEnvironment.h"
 #include "shell/qt/EdgePanelController.h"
+#include "shell/qt/QuickCaptureController.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
 
@@ -72,16 +73,18 @@ TEST_F(DaywynBusServiceTest, WritingVerbsAnswerWithTheCommandLinesOutput) {
     EXPECT_EQ(verbs[1], (std::vector<std::string>{"report"}));
 }
 
-TEST_F(DaywynBusServiceTest, ShowHideToggleAndQuickAddDriveTheDrawer) {
+TEST_F(DaywynBusServiceTest, ShowHideAndToggleDriveTheDrawerAndQuickAddOpensThePanel) {
     ASSERT_TRUE(registered);
     EdgePanelController& drawer = environment.drawerController();
     call(QStringLiteral("Show"), {});
     EXPECT_TRUE(drawer.isVisible());
     call(QStringLiteral("Toggle"), {});
     EXPECT_FALSE(drawer.isVisible());
-    call(QStringLiteral("QuickAdd"), {});
-    EXPECT_TRUE(drawer.isVisible());
+    call(QStringLiteral("Show"), {});
     call(QStringLiteral("Hide"), {});
+    EXPECT_FALSE(drawer.isVisible());
+    call(QStringLiteral("QuickAdd"), {});
+    EXPECT_TRUE(environment.quickCapture().isPanelVisible());
     EXPECT_FALSE(drawer.isVisible());
 }
 

@@ -1,0 +1,106 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+
+// The floating Quick Add panel: one field, a preview of what the quick parser recognised,
+// the error line and the key hint. Enter adds, Escape closes.
+Rectangle {
+    id: root
+    property QtObject capture
+    implicitWidth: 560
+    implicitHeight: 176
+    color: theme.surface
+    radius: 12
+    border.color: theme.separator
+    Accessible.role: Accessible.Dialog
+    Accessible.name: "Quick Add"
+
+    Connections {
+        target: root.capture
+        function onFocusRequested() { field.forceActiveFocus() }
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        anchors.margins: 12
+        spacing: 8
+
+        Text {
+            text: "Quick Add"
+            font.pixelSize: 15
+            font.weight: Font.DemiBold
+            color: theme.text
+        }
+
+        RowLayout {
+            Layout.fillWidth: true
+            spacing: 8
+            Field {
+                id: field
+                objectName: "quickAddField"
+                Layout.fillWidth: true
+                implicitHeight: 32
+                placeholderText: "What do you need to do?"
+                Accessible.name: "What do you need to do?"
+                text: root.capture ? root.capture.draftText : ""
+                onTextEdited: root.capture.draftText = text
+                onAccepted: root.capture.submit()
+                Keys.onEscapePressed: root.capture.dismiss(true)
+                property var chips: today.previewQuickAdd(text)
+            }
+            // Voice capture is not in this version: the button is there, switched off,
+            // and says why when pointed at.
+            Item {
+                implicitWidth: voice.implicitWidth
+                implicitHeight: voice.implicitHeight
+                HoverHandler { id: voiceHover }
+                FlatButton {
+                    id: voice
+                    objectName: "quickAddVoice"
+                    text: "Voice"
+                    enabled: root.capture ? root.capture.isVoiceAvailable : false
+                    Accessible.name: "Speak a task list and review before saving"
+                    Accessible.description: "Voice capture is not available in this version yet."
+                }
+                ToolTip.visible: voiceHover.hovered
+                ToolTip.text: "Speak a task list and review before saving. Voice capture is not available in this version yet."
+            }
+        }
+
+        Flow {
+            objectName: "quickAddPreview"
+            Layout.fillWidth: true
+            spacing: 6
+            visible: field.chips.length > 0
+            Accessible.name: "Recognised: " + field.chips.map(c => c.text).join(", ")
+            Repeater {
+                model: field.chips
+                Chip { text: modelData.text }
+            }
+        }
+
+        RowLayout {
+            Layout.fillWidth: true
+            visible: root.capture && root.capture.captureError !== ""
+            spacing: 6
+            Text { text: "\u26A0"; color: theme.coral; font.pixelSize: 13 }
+            Text {
+                objectName: "quickAddError"
+                Layout.fillWidth: true
+                text: root.capture ? root.capture.captureError : ""
+                color: theme.text
+                font.pixelSize: 12
+                wrapMode: Text.WordWrap
+                Accessible.role: Accessible.AlertMessage
+            }
+        }
+
+        Item { Layout.fillHeight: true }
+
+        Text {
+            text: "Enter to add \u00B7 Escape to close"
+            color: theme.secondaryText
+            font.pixelSize: 12
+        }
+    }
+}

@@ -1,0 +1,81 @@
+#include <gtest/gtest.h>
+
+#include "base/Calendar.h"
+#include "shell/CommandLine.h"
+#include "shell/QuickAddPlacement.h"
+#include "shell/QuickCaptureShortcutStatus.h"
+
+namespace daywyn {
+namespace {
+
+using Outcome = ShortcutRegistration::Outcome;
+
+TEST(QuickCaptureShortcutStatus, EachRegistrationOutcomeGetsTheSentenceTheUserCanActOn) {
+    struct Case {
+        ShortcutRegistration registration;
+        QuickCaptureShortcutStatus::Kind kind;
+        std::string text;
+    };
+    const Case cases[] = {
+        {{Outcome::registered, 0}, QuickCaptureShortcutStatus::Kind::active, ""},
+        {{Outcome::refused, 10},
+         QuickCaptureShortcutStatus::Kind::unavailable,
+         "Ctrl+Alt+Space is unavailable (error 10). Another app may already use it."},
+        {{Outcome::failed, 2},
+         QuickCaptureShortcutStatus::Kind::unavailable,
+         "Daywyn couldn\u2019t listen for the global shortcut (error 2)."},
+        {{Outcome::unsupported, 0},
+         QuickCaptureShortcutStatus::Kind::unavailable,
+         "This session has no global shortcuts for Daywyn. Bind the command \u201Cdaywyn "
+         "quick-add\u201D to a keyboard shortcut in your desktop\u2019s settings."},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        const QuickCaptureShortcutStatus status = QuickCaptureShortcutStatus::after(c.registration);
+        EXPECT_EQ(status.kind, c.kind);
+        EXPECT_EQ(status.text(), c.text);
+    }
+}
+
+TEST(QuickCaptureShortcutStatus, OffAndNotRunningSayWhichOfTheTwo) {
+    EXPECT_EQ(QuickCaptureShortcutStatus::disabled().text(), "Global quick capture is off.");
+    EXPECT_EQ(QuickCaptureShortcutStatus::inactive().text(),
+              "Global quick capture is not running.");
+}
+
+TEST(QuickAddPlacement, CentresThePanelInTheUpperPartOfTheVisibleFrame) {
+    // A 1920 x 1080 screen with a 32 px top bar.
+    const ScreenRect panel = QuickAddPlacement::frame({0, 32, 1920, 1048});
+    EXPECT_DOUBLE_EQ(panel.width, 560);
+    EXPECT_DOUBLE_EQ(panel.x + panel.width / 2, 960);
+    EXPECT_DOUBLE_EQ(panel.y, 32 + (1048 - 176) / 4.0);
+    EXPECT_LT(panel.y + panel.height / 2, 32 + 1048 / 2.0);
+}
+
+TEST(QuickAddPlacement, FollowsASecondScreenAndShrinksOnASmallOne) {
+    // A second screen to the right, starting at x 1920.
+    const ScreenRect right = QuickAddPlacement::frame({1920, 0, 1280, 1024});
+    EXPECT_DOUBLE_EQ(right.x, 1920 + (1280 - 560) / 2.0);
+
+    const ScreenRect tiny = QuickAddPlacement::frame({0, 0, 400, 150});
+    EXPECT_DOUBLE_EQ(tiny.width, 400 - 24);
+    EXPECT_DOUBLE_EQ(tiny.height, 150 - 24);
+    EXPECT_DOUBLE_EQ(tiny.x, 12);
+    EXPECT_DOUBLE_EQ(tiny.y, 12);
+}
+
+TEST(CommandLine, QuickAddIsListedAndTakesNoWords) {
+    const Calendar calendar;
+    const Instant now{1779440400.0};
+    const auto help = checkWithoutStore({"--help"}, now, calendar);
+    ASSERT_TRUE(help);
+    EXPECT_NE(help->out.find("quick-add"), std::string::npos);
+    const auto extra = checkWithoutStore({"quick-add", "Buy milk"}, now, calendar);
+    ASSERT_TRUE(extra);
+    EXPECT_EQ(extra->status, 2);
+    // Reaching the check with no words means the verb goes on to the app over D-Bus.
+    EXPECT_FALSE(checkWithoutStore({"quick-add"}, now, calendar));
+}
+
+} // namespace
+} // namespace daywyn
