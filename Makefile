@@ -27,7 +27,10 @@ build: configure
 run: build
 	./$(BUILD)/daywyn
 
+# The pop-out's focus checks need a real X server with a window manager; they run
+# there first, then the whole suite (which also runs them offscreen).
 test: build
+	scripts/test-under-x11.sh $(BUILD) DrawerReminderPopout
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS) --timeout 600
 
 test-asan: deps
