@@ -14,6 +14,7 @@
 #include "shell/qt/EdgePanelController.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
+#include "ui/qt/SettingsWindow.h"
 
 namespace daywyn {
 namespace {
@@ -95,6 +96,25 @@ TEST(TodayScreen, AddTimeCompleteDeleteAndUndoAreSavedAtEachStep) {
 
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_FALSE(drawer.isVisible());
+}
+
+TEST(TodayScreen, TheSettingsButtonOpensTheSettingsWindow) {
+    const Calendar berlin = test::berlin();
+    test::ManualClock clock(test::at(berlin, 2026, 11, 21, 9));
+    AppEnvironment app(nullptr, berlin, clock.function(), false);
+    app.start();
+    EdgePanelController& drawer = app.drawerController();
+    drawer.setReducedMotion(true);
+    drawer.show();
+    QQuickView& window = *drawer.drawerWindow();
+    QQuickItem* button = nullptr;
+    ASSERT_TRUE(test::waitUntil([&] {
+        button = test::findItem(window, QStringLiteral("settingsButton"));
+        return button && button->isVisible() && button->width() > 0;
+    }));
+    test::click(window, *button);
+    ASSERT_NE(app.settingsWindow().window(), nullptr);
+    EXPECT_TRUE(test::waitUntil([&] { return app.settingsWindow().window()->isVisible(); }));
 }
 
 } // namespace

@@ -118,8 +118,13 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("launchAtLogin"), launchAtLogin_);
         context->setContextProperty(QStringLiteral("systemSettings"), systemSettings_);
         context->setContextProperty(QStringLiteral("settingsModel"), settingsModel_);
+        context->setContextProperty(QStringLiteral("app"), this);
     }
     return *engine_;
+}
+
+void AppEnvironment::openSettings() {
+    settingsWindow().show();
 }
 
 SettingsWindow& AppEnvironment::settingsWindow() {

@@ -72,6 +72,8 @@ public:
     SettingsModel& settingsModel() { return *settingsModel_; }
     // The settings and welcome windows, built from the engine on first use.
     SettingsWindow& settingsWindow();
+    // Brings up the settings window (the drawer's Settings button, the tray).
+    Q_INVOKABLE void openSettings();
     OnboardingWindow& onboardingWindow();
     NotificationManager& notificationManager() { return *notificationManager_; }
     DrawerReminderCoordinator& drawerReminders() { return *drawerReminders_; }

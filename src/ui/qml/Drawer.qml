@@ -101,6 +101,12 @@ Rectangle {
                 Accessible.name: "Completed task history"
                 onClicked: history.open()
             }
+            FlatButton {
+                objectName: "settingsButton"
+                text: "Settings"
+                Accessible.name: "Open Daywyn settings"
+                onClicked: app.openSettings()
+            }
         }
 
         TextField {

@@ -282,7 +282,7 @@ Rectangle {
                     RowLayout {
                         spacing: 8
                         FlatButton {
-                            text: "Send a test notification"
+                            text: "Send test notification"
                             fill: theme.raised
                             onClicked: notifications.sendTestNotification()
                         }
@@ -336,7 +336,7 @@ Rectangle {
                 }
                 SettingsSection {
                     title: "Drawer pop-outs"
-                    note: "Gentle reminders beside the drawer for due tasks and a check-in now and then; never while the screen is locked."
+                    note: "Gentle reminders beside the drawer for due tasks and a check-in now and then; never while the screen is locked, and old reminders are not replayed after long absences."
                     SettingsSwitch {
                         text: "Show gentle drawer pop-outs"
                         checked: settingsModel.userSwitch("inAppRemindersEnabled", true)
@@ -348,18 +348,19 @@ Rectangle {
                         onToggled: settingsModel.setUserSwitch("inAppRemindersPaused", checked)
                     }
                     SettingsSwitch {
-                        text: "Play a soft chime"
+                        text: "Play Daywyn chime with drawer reminders"
                         checked: settingsModel.userSwitch("inAppReminderSoundEnabled", true)
                         onToggled: settingsModel.setUserSwitch("inAppReminderSoundEnabled", checked)
                     }
                     FlatButton {
-                        text: "Preview a pop-out"
+                        text: "Preview drawer reminder"
                         fill: theme.raised
                         onClicked: drawerReminders.preview()
                     }
                 }
                 SettingsSection {
                     title: "Unfinished tasks"
+                    note: "Equal start and end hours allow reminders all day."
                     RowLayout {
                         Text { text: "Nudge me"; font.pixelSize: 13; color: theme.text; Layout.fillWidth: true }
                         ComboBox {
