@@ -60,6 +60,9 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
                                        dataFile ? QString::fromStdString(dataFile.value())
                                                 : QString::fromStdString(dataFile.error()),
                                        this);
+    // A new appearance choice repaints the open screens at once.
+    connect(settingsModel_, &SettingsModel::appearanceChanged, theme_,
+            [this] { theme_->setDark(Theme::resolveDark(settingsModel_->appearance())); });
     quickCapture_ = new QuickCaptureController(*store_, calendar_, clock_, *userSettings_,
                                                GlobalShortcut::forThisSession(),
                                                QuickCaptureFocus::forThisSession(), true, this);

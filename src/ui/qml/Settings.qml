@@ -231,7 +231,7 @@ Rectangle {
                 Layout.leftMargin: 16
                 Layout.rightMargin: 16
                 title: "Theme"
-                note: "System follows the desktop's light or dark style. A new choice applies the next time Daywyn starts."
+                note: "System follows the desktop's light or dark style."
                 Repeater {
                     model: [
                         { value: "system", label: "System" },

@@ -9,6 +9,13 @@ Theme::Theme(bool dark, QObject* parent)
     : QObject(parent)
     , dark_(dark) {}
 
+void Theme::setDark(bool dark) {
+    if (dark != dark_) {
+        dark_ = dark;
+        Q_EMIT changed();
+    }
+}
+
 bool Theme::resolveDark(const QString& appearanceSetting) {
     if (appearanceSetting == QLatin1String("dark")) {
         return true;

@@ -5,21 +5,21 @@
 
 namespace daywyn {
 
-// The palette the screens draw with, light or dark, chosen at start: dark follows the
-// desktop unless the "appearance" setting says "light" or "dark".
+// The palette the screens draw with, light or dark: dark follows the desktop unless
+// the "appearance" setting says "light" or "dark". A change repaints every screen.
 class Theme : public QObject {
     Q_OBJECT
-    Q_PROPERTY(bool dark READ isDark CONSTANT)
-    Q_PROPERTY(QColor ink READ ink CONSTANT)
-    Q_PROPERTY(QColor mint READ mint CONSTANT)
-    Q_PROPERTY(QColor coral READ coral CONSTANT)
-    Q_PROPERTY(QColor surface READ surface CONSTANT)
-    Q_PROPERTY(QColor raised READ raised CONSTANT)
-    Q_PROPERTY(QColor separator READ separator CONSTANT)
-    Q_PROPERTY(QColor text READ text CONSTANT)
-    Q_PROPERTY(QColor secondaryText READ secondaryText CONSTANT)
-    Q_PROPERTY(QColor focusRing READ focusRing CONSTANT)
-    Q_PROPERTY(QColor selection READ selection CONSTANT)
+    Q_PROPERTY(bool dark READ isDark NOTIFY changed)
+    Q_PROPERTY(QColor ink READ ink NOTIFY changed)
+    Q_PROPERTY(QColor mint READ mint NOTIFY changed)
+    Q_PROPERTY(QColor coral READ coral NOTIFY changed)
+    Q_PROPERTY(QColor surface READ surface NOTIFY changed)
+    Q_PROPERTY(QColor raised READ raised NOTIFY changed)
+    Q_PROPERTY(QColor separator READ separator NOTIFY changed)
+    Q_PROPERTY(QColor text READ text NOTIFY changed)
+    Q_PROPERTY(QColor secondaryText READ secondaryText NOTIFY changed)
+    Q_PROPERTY(QColor focusRing READ focusRing NOTIFY changed)
+    Q_PROPERTY(QColor selection READ selection NOTIFY changed)
 
 public:
     explicit Theme(bool dark, QObject* parent = nullptr);
@@ -28,6 +28,7 @@ public:
     static bool resolveDark(const QString& appearanceSetting);
 
     bool isDark() const { return dark_; }
+    void setDark(bool dark);
     QColor ink() const { return QColor(0x25, 0x12, 0x2F); }
     QColor mint() const { return QColor(0xB9, 0xF4, 0xD2); }
     QColor coral() const { return QColor(0xFF, 0x68, 0x42); }
@@ -41,6 +42,9 @@ public:
     QColor focusRing() const { return dark_ ? mint() : ink(); }
     // The focused row's calm highlight: mint on light, a mint-tinted card on dark.
     QColor selection() const { return dark_ ? QColor(0x2F, 0x4A, 0x40) : mint(); }
+
+Q_SIGNALS:
+    void changed();
 
 private:
     bool dark_;

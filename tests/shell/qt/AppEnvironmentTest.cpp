@@ -7,6 +7,8 @@
 #include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
+#include "ui/qt/SettingsModel.h"
+#include "ui/qt/Theme.h"
 
 namespace daywyn {
 namespace {
@@ -79,6 +81,18 @@ TEST(AppEnvironment, ChangeListenerMovesTheDrawerToTheChosenAnchor) {
     const ScreenRect handle = drawer.frames().handle;
     EXPECT_EQ(drawer.handleWindow()->geometry(),
               QRect(static_cast<int>(handle.x), static_cast<int>(handle.y), 58, 58));
+}
+
+TEST(AppEnvironment, ChoosingAnAppearanceRepaintsAtOnce) {
+    Launch app = launch({}, test::at(test::berlin(), 2026, 11, 21, 9));
+    Theme& theme = app.environment->theme();
+    int repaints = 0;
+    QObject::connect(&theme, &Theme::changed, [&repaints] { ++repaints; });
+    app.environment->settingsModel().setAppearance(QStringLiteral("dark"));
+    EXPECT_TRUE(theme.isDark());
+    app.environment->settingsModel().setAppearance(QStringLiteral("light"));
+    EXPECT_FALSE(theme.isDark());
+    EXPECT_EQ(repaints, 2);
 }
 
 } // namespace
