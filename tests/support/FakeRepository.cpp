@@ -21,7 +21,6 @@ std::unique_ptr<FakeRepository> FakeRepository::failingLoad(std::string message)
 }
 
 Result<std::optional<PersistedState>> FakeRepository::load() {
-    ++loadCount_;
     if (loadError_) {
         return Error{*loadError_};
     }
@@ -31,7 +30,6 @@ Result<std::optional<PersistedState>> FakeRepository::load() {
 Status FakeRepository::save(const PersistedStateView& state) {
     if (failuresLeft_ > 0) {
         --failuresLeft_;
-        ++failedSaves_;
         return Error{failureReason_};
     }
     saves_.push_back(PersistedState{state.version, state.tasks, state.preferences, state.reports});

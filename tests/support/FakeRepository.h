@@ -28,20 +28,16 @@ public:
     // The next `count` saves fail with `reason` and record nothing.
     void failNextSaves(int count, std::string reason = "No space left on device");
 
-    int loadCount() const { return loadCount_; }
     // Every successful save, oldest first.
     const std::vector<PersistedState>& saves() const { return saves_; }
     int saveCount() const { return static_cast<int>(saves_.size()); }
-    int failedSaveCount() const { return failedSaves_; }
     // The last successful save; fails the test when there was none.
     const PersistedState& lastSaved() const;
 
 private:
     std::optional<PersistedState> stored_;
     std::optional<std::string> loadError_;
-    int loadCount_ = 0;
     int failuresLeft_ = 0;
-    int failedSaves_ = 0;
     std::string failureReason_;
     std::vector<PersistedState> saves_;
 };

@@ -21,13 +21,10 @@ class FakeNotificationServer : public QDBusVirtualObject {
 public:
     struct Call {
         QString appName;
-        uint replacesId = 0;
-        QString icon;
         QString summary;
         QString body;
         QStringList actions;
         QVariantMap hints;
-        int timeout = 0;
         uint id = 0;
         // Wall-clock seconds since 1970 when the call arrived.
         double receivedAt = 0;
@@ -63,12 +60,6 @@ public:
         signal << id << key;
         connection_.send(signal);
     }
-    void close(uint id, uint reason) {
-        QDBusMessage signal =
-            QDBusMessage::createSignal(path(), interface(), QStringLiteral("NotificationClosed"));
-        signal << id << reason;
-        connection_.send(signal);
-    }
 
     QString introspect(const QString&) const override { return {}; }
 
@@ -82,22 +73,14 @@ public:
             const QVariantList a = message.arguments();
             Call call;
             call.appName = a[0].toString();
-            call.replacesId = a[1].toUInt();
-            call.icon = a[2].toString();
             call.summary = a[3].toString();
             call.body = a[4].toString();
             call.actions = a[5].toStringList();
             call.hints = qdbus_cast<QVariantMap>(a[6]);
-            call.timeout = a[7].toInt();
             call.id = ++nextId_;
             call.receivedAt = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000.0;
             calls_.push_back(call);
             reply = message.createReply(QVariant::fromValue(call.id));
-        } else if (member == QStringLiteral("GetServerInformation")) {
-            reply = message.createReply(QVariantList{QStringLiteral("fake"), QStringLiteral("test"),
-                                                     QStringLiteral("1"), QStringLiteral("1.2")});
-        } else if (member == QStringLiteral("CloseNotification")) {
-            reply = message.createReply();
         } else {
             reply = message.createErrorReply(QDBusError::UnknownMethod, member);
         }
