@@ -88,14 +88,6 @@ TEST(QuickTaskParser, TakesEstimateDayAndTimeOutOfTheTitle) {
     }
 }
 
-TEST(QuickTaskParser, AnEmptyResultIsLeftForTheDraftsValidationToRefuse) {
-    const Calendar berlin = test::berlin();
-    const TaskDraft draft =
-        QuickTaskParser::draft(" tomorrow at 9 for 5 min ", at(berlin, 2026, 3, 4), berlin);
-    EXPECT_EQ(draft.title, "");
-    EXPECT_EQ(draft.validationMessage(), "Give the task a title.");
-}
-
 TEST(QuickTaskParser, InvalidUtf8StaysVisibleAsReplacementCharacters) {
     const Calendar newYork = test::newYork();
     const TaskDraft draft =
