@@ -37,12 +37,6 @@ TEST(QuickCaptureShortcutStatus, EachRegistrationOutcomeGetsTheSentenceTheUserCa
     }
 }
 
-TEST(QuickCaptureShortcutStatus, OffAndNotRunningSayWhichOfTheTwo) {
-    EXPECT_EQ(QuickCaptureShortcutStatus::disabled().text(), "Global quick capture is off.");
-    EXPECT_EQ(QuickCaptureShortcutStatus::inactive().text(),
-              "Global quick capture is not running.");
-}
-
 TEST(QuickAddPlacement, CentresThePanelInTheUpperPartOfTheVisibleFrame) {
     // A 1920 x 1080 screen with a 32 px top bar.
     const ScreenRect panel = QuickAddPlacement::frame({0, 32, 1920, 1048});

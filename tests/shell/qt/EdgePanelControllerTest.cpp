@@ -79,13 +79,5 @@ TEST_F(EdgePanelControllerTest, ChangingTheAnchorWhileShownMovesTheDrawerAtOnce)
     EXPECT_EQ(drawer().handleWindow()->geometry(), rectOf(drawer().frames().handle));
 }
 
-TEST_F(EdgePanelControllerTest, QuickAddShowsTheDrawerWithItsAddFieldFocused) {
-    drawer().setReducedMotion(true);
-    drawer().showForQuickAdd();
-    QQuickItem* field = test::findItem(*drawer().drawerWindow(), QStringLiteral("addField"));
-    ASSERT_NE(field, nullptr);
-    EXPECT_TRUE(field->hasActiveFocus());
-}
-
 } // namespace
 } // namespace daywyn
