@@ -83,14 +83,5 @@ TEST_F(DrawerKeyboardTest, EscapeInTheAddFieldClearsTheTextFirst) {
     EXPECT_FALSE(app.drawerController().isVisible());
 }
 
-TEST_F(DrawerKeyboardTest, DeleteRemovesTheFocusedTaskAndControlZBringsItBack) {
-    press(Qt::Key_Delete);
-    ASSERT_EQ(app.store().tasks().size(), 1u);
-    EXPECT_EQ(app.store().tasks()[0].title, "Second");
-    press(Qt::Key_Z, Qt::ControlModifier);
-    ASSERT_EQ(app.store().tasks().size(), 2u);
-    EXPECT_EQ(app.store().tasks()[0].title, "First");
-}
-
 } // namespace
 } // namespace daywyn
