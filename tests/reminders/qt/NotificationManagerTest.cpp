@@ -63,6 +63,14 @@ protected:
             QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("GetCapabilities")));
         ASSERT_TRUE(test::waitUntil([&] { return server->getCapabilitiesCalls() > before; }));
     }
+    // A notification server on the bus, offering actions unless told otherwise.
+    void startServer(QStringList capabilities = kWithActions) {
+        server = std::make_unique<FakeNotificationServer>(std::move(capabilities));
+        ASSERT_TRUE(server->start());
+    }
+    bool capabilitiesKnown() {
+        return test::waitUntil([&] { return manager->capabilitiesKnown(); });
+    }
     bool waitForCalls(std::size_t count) {
         return test::waitUntil([&] { return server && server->calls().size() >= count; });
     }
@@ -90,12 +98,10 @@ const auto kTaskReminders = [](AppPreferences& p) {
 TEST_F(NotificationManagerTest, EndOfBlockNotificationOffersItsActionsOnlyToServersThatShowThem) {
     for (const bool actions : {true, false}) {
         SCOPED_TRACE(actions ? "server with actions" : "server without actions");
-        server = std::make_unique<FakeNotificationServer>(
-            actions ? kWithActions : QStringList{QStringLiteral("body")});
-        ASSERT_TRUE(server->start());
+        startServer(actions ? kWithActions : QStringList{QStringLiteral("body")});
         // Given a block ending in 30 s (the five-minute warning already passed).
         open({TaskBuilder("Draft essay").endingAt(clock.now() + 30)}, only(kEndAlerts));
-        ASSERT_TRUE(test::waitUntil([&] { return manager->capabilitiesKnown(); }));
+        ASSERT_TRUE(capabilitiesKnown());
         EXPECT_EQ(manager->pending().size(), 1u);
         // The store remembers it, so the rules do not ask for it again.
         EXPECT_EQ(store->tasks()[0].notifiedOverdueEnd, clock.now() + 30);
@@ -129,8 +135,7 @@ TEST_F(NotificationManagerTest, EndOfBlockNotificationOffersItsActionsOnlyToServ
 }
 
 TEST_F(NotificationManagerTest, AddTenOnOurNotificationPushesTheEndInTheSavedFile) {
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
+    startServer();
     const Instant end = clock.now() + 5 * 60 + 20;
     const TaskItem task = TaskBuilder("Draft essay").endingAt(end);
     const std::string path = JSONTaskRepository::defaultFilePath().value();
@@ -146,7 +151,7 @@ TEST_F(NotificationManagerTest, AddTenOnOurNotificationPushesTheEndInTheSavedFil
         path, std::make_shared<PosixFileSystem>(), clock.function(), clock.function());
     ASSERT_TRUE(repository->acquireWriterLock());
     open({}, {}, std::move(repository));
-    ASSERT_TRUE(test::waitUntil([&] { return manager->capabilitiesKnown(); }));
+    ASSERT_TRUE(capabilitiesKnown());
 
     // The "ends in 5 minutes" warning goes out 20 s from now.
     advance(20);
@@ -164,11 +169,10 @@ TEST_F(NotificationManagerTest, AddTenOnOurNotificationPushesTheEndInTheSavedFil
 }
 
 TEST_F(NotificationManagerTest, SignalsAboutNotificationsWeDidNotSendChangeNothing) {
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
+    startServer();
     const Instant end = clock.now() + 30;
     open({TaskBuilder("Draft essay").endingAt(end)}, only(kEndAlerts));
-    ASSERT_TRUE(test::waitUntil([&] { return manager->capabilitiesKnown(); }));
+    ASSERT_TRUE(capabilitiesKnown());
     advance(30);
     ASSERT_TRUE(waitForCalls(1));
     const uint ours = server->calls()[0].id;
@@ -197,8 +201,7 @@ TEST_F(NotificationManagerTest, SignalsAboutNotificationsWeDidNotSendChangeNothi
 }
 
 TEST_F(NotificationManagerTest, ARestartDeliversWhatFellDueWhileClosedOnceAndNeverTwice) {
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
+    startServer();
     open({TaskBuilder("Call the bank").startingAt(clock.now() + 120)}, only(kTaskReminders));
     ASSERT_EQ(manager->pending().size(), 1u);
     EXPECT_EQ(manager->nextDelivery(), clock.now() + 120);
@@ -220,10 +223,9 @@ TEST_F(NotificationManagerTest, ARestartDeliversWhatFellDueWhileClosedOnceAndNev
 }
 
 TEST_F(NotificationManagerTest, ANotificationOnScreenKeepsItsActionsAcrossARestartOfDaywyn) {
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
+    startServer();
     open({TaskBuilder("Draft essay").endingAt(clock.now() + 30)}, only(kEndAlerts));
-    ASSERT_TRUE(test::waitUntil([&] { return manager->capabilitiesKnown(); }));
+    ASSERT_TRUE(capabilitiesKnown());
     advance(30);
     ASSERT_TRUE(waitForCalls(1));
     const uint shown = server->calls()[0].id;
@@ -238,8 +240,7 @@ TEST_F(NotificationManagerTest, ANotificationOnScreenKeepsItsActionsAcrossAResta
 
     // A new server process hands out the same ids for other notifications.
     server.reset();
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
+    startServer();
     server->invokeAction(shown, QStringLiteral("default"));
     server->invokeAction(shown + 1, QStringLiteral("default"));
     // Its own notification, clicked after those, is the only one acted on.
@@ -253,8 +254,7 @@ TEST_F(NotificationManagerTest, ANotificationOnScreenKeepsItsActionsAcrossAResta
 }
 
 TEST_F(NotificationManagerTest, ARestartMoreThanAnHourLateDropsTheRequest) {
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
+    startServer();
     open({TaskBuilder("Call the bank").startingAt(clock.now() + 120)}, only(kTaskReminders));
     manager.reset();
     clock.advance(120 + 3600);
@@ -266,8 +266,7 @@ TEST_F(NotificationManagerTest, ARestartMoreThanAnHourLateDropsTheRequest) {
 }
 
 TEST_F(NotificationManagerTest, AMovedStartReplacesTheWaitingReminder) {
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
+    startServer();
     open({TaskBuilder("Call the bank").startingAt(clock.now() + 3600)}, only(kTaskReminders));
     ASSERT_EQ(manager->nextDelivery(), clock.now() + 3600);
 
@@ -297,8 +296,7 @@ TEST_F(NotificationManagerTest, SwitchesAndTheTestNotificationNeedANotificationS
     manager->setDailyReviewEnabled(false);
     EXPECT_EQ(manager->actionMessage(), QStringLiteral("Daily review reminders are disabled."));
 
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
+    startServer();
     manager->setTaskRemindersEnabled(true);
     EXPECT_EQ(manager->actionMessage(), QStringLiteral("Task reminders are enabled."));
     EXPECT_TRUE(manager->errorMessage().isEmpty());
@@ -321,9 +319,8 @@ TEST_F(NotificationManagerTest, AServerStartingAfterDaywynGetsTheRemindersAndIts
     open({TaskBuilder("Draft essay").endingAt(clock.now() + 30)}, only(kEndAlerts));
     EXPECT_TRUE(manager->pending().empty());
 
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
-    ASSERT_TRUE(test::waitUntil([&] { return manager->capabilitiesKnown(); }));
+    startServer();
+    ASSERT_TRUE(capabilitiesKnown());
     EXPECT_EQ(manager->authorizationStatus(), QStringLiteral("authorized"));
     EXPECT_EQ(manager->pending().size(), 1u);
     advance(30);
@@ -332,8 +329,7 @@ TEST_F(NotificationManagerTest, AServerStartingAfterDaywynGetsTheRemindersAndIts
 }
 
 TEST_F(NotificationManagerTest, TheReviewNotificationMakesTheDaysReport) {
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
+    startServer();
     clock.set(test::at(calendar, 2026, 11, 21, 20, 59, 30));
     open({TaskBuilder("Send invoices").completedAt(clock.now() - 3600)}, AppPreferences{});
     ASSERT_TRUE(store->reports().empty());
@@ -346,8 +342,7 @@ TEST_F(NotificationManagerTest, TheReviewNotificationMakesTheDaysReport) {
 }
 
 TEST_F(NotificationManagerTest, AnUnreadablePendingFileIsSetAsideAndTheRulesPlanAgain) {
-    server = std::make_unique<FakeNotificationServer>(kWithActions);
-    ASSERT_TRUE(server->start());
+    startServer();
     const QString path = NotificationManager::defaultStatePath();
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile bad(path);
