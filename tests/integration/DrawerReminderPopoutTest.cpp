@@ -41,7 +41,11 @@ class WorkWindow : public QRasterWindow {
     void paintEvent(QPaintEvent*) override {}
 };
 
-QRect rectOf(const ScreenRect& r) {
+// Where the pop-out belongs on the screen it is on, for the given anchor.
+QRect expectedFrame(QWindow& popout, EdgeAnchor anchor) {
+    const QRect v = popout.screen()->availableGeometry();
+    const ScreenRect r = DrawerGeometry::reminderFrame(
+        {double(v.x()), double(v.y()), double(v.width()), double(v.height())}, anchor);
     return QRect(static_cast<int>(r.x), static_cast<int>(r.y), static_cast<int>(r.width),
                  static_cast<int>(r.height));
 }
@@ -93,11 +97,7 @@ TEST(DrawerReminderPopout, ADueTaskShowsItBesideTheEdgeWithoutTakingTheKeyboard)
     EXPECT_TRUE(popout->flags().testFlag(Qt::WindowDoesNotAcceptFocus));
     EXPECT_TRUE(popout->flags().testFlag(Qt::WindowStaysOnTopHint));
     EXPECT_TRUE(popout->flags().testFlag(Qt::FramelessWindowHint));
-    const QRect v = popout->screen()->availableGeometry();
-    EXPECT_EQ(popout->geometry(),
-              rectOf(DrawerGeometry::reminderFrame(
-                  {double(v.x()), double(v.y()), double(v.width()), double(v.height())},
-                  EdgeAnchor::topLeft)));
+    EXPECT_EQ(popout->geometry(), expectedFrame(*popout, EdgeAnchor::topLeft));
     EXPECT_EQ(test::findItem(*popout, "reminderTitle")->property("text").toString(),
               QStringLiteral("Time for your task"));
     EXPECT_EQ(test::findItem(*popout, "reminderDetail")->property("text").toString(),
@@ -155,11 +155,8 @@ TEST(DrawerReminderPopout, ClosesByItselfAndWhenTheAnchorMoves) {
     drawer.setAnchor(EdgeAnchor::bottomRight);
     EXPECT_FALSE(drawer.isShowingReminder());
     app.drawerReminders().preview(clock.now());
-    const QRect v = drawer.reminderWindow()->screen()->availableGeometry();
     EXPECT_EQ(drawer.reminderWindow()->geometry(),
-              rectOf(DrawerGeometry::reminderFrame(
-                  {double(v.x()), double(v.y()), double(v.width()), double(v.height())},
-                  EdgeAnchor::bottomRight)));
+              expectedFrame(*drawer.reminderWindow(), EdgeAnchor::bottomRight));
 }
 
 } // namespace

@@ -168,6 +168,14 @@ protected:
         app.start(QString::fromLatin1(DAYWYN_BINARY_PATH), {});
     }
 
+    // Starts the app while another application's window is in front, and waits until
+    // the shortcut is held.
+    void startAppBehind(const std::string& holderWindow) {
+        ASSERT_FALSE(holderWindow.empty());
+        startApp();
+        ASSERT_TRUE(appSaid(QStringLiteral("Quick capture status: active"))) << log.toStdString();
+    }
+
     // True once the app has written a line containing `text` to standard error.
     bool appSaid(const QString& text) {
         return eventually([&] {
@@ -197,9 +205,7 @@ protected:
 
 TEST_F(QuickCaptureX11Test, ThePressOpensTheFocusedPanelAndEnterSavesAndGivesFocusBack) {
     const std::string holderWindow = openHolderWindow();
-    ASSERT_FALSE(holderWindow.empty());
-    startApp();
-    ASSERT_TRUE(appSaid(QStringLiteral("Quick capture status: active"))) << log.toStdString();
+    ASSERT_NO_FATAL_FAILURE(startAppBehind(holderWindow));
 
     xdotool({"key", "ctrl+alt+space"});
     ASSERT_TRUE(appSaid(QStringLiteral("Quick Add ready after"))) << log.toStdString();
@@ -219,9 +225,7 @@ TEST_F(QuickCaptureX11Test, ThePressOpensTheFocusedPanelAndEnterSavesAndGivesFoc
 
 TEST_F(QuickCaptureX11Test, CapsLockDoesNotHideThePressAndEscapeGivesFocusBack) {
     const std::string holderWindow = openHolderWindow();
-    ASSERT_FALSE(holderWindow.empty());
-    startApp();
-    ASSERT_TRUE(appSaid(QStringLiteral("Quick capture status: active"))) << log.toStdString();
+    ASSERT_NO_FATAL_FAILURE(startAppBehind(holderWindow));
 
     xdotool({"key", "Caps_Lock"});
     xdotool({"key", "ctrl+alt+space"});
@@ -234,9 +238,7 @@ TEST_F(QuickCaptureX11Test, CapsLockDoesNotHideThePressAndEscapeGivesFocusBack) 
 
 TEST_F(QuickCaptureX11Test, TheQuickAddVerbOpensThePanelOfTheRunningApp) {
     const std::string holderWindow = openHolderWindow();
-    ASSERT_FALSE(holderWindow.empty());
-    startApp();
-    ASSERT_TRUE(appSaid(QStringLiteral("Quick capture status: active"))) << log.toStdString();
+    ASSERT_NO_FATAL_FAILURE(startAppBehind(holderWindow));
 
     // What a desktop's custom shortcut runs where the X grab cannot reach.
     QProcess verb;
