@@ -38,24 +38,19 @@ TEST(QuickCaptureShortcutStatus, EachRegistrationOutcomeGetsTheSentenceTheUserCa
 }
 
 TEST(QuickAddPlacement, CentresThePanelInTheUpperPartOfTheVisibleFrame) {
-    // A 1920 x 1080 screen with a 32 px top bar.
-    const ScreenRect panel = QuickAddPlacement::frame({0, 32, 1920, 1048});
-    EXPECT_DOUBLE_EQ(panel.width, 560);
-    EXPECT_DOUBLE_EQ(panel.x + panel.width / 2, 960);
-    EXPECT_DOUBLE_EQ(panel.y, 32 + (1048 - 176) / 4.0);
-    EXPECT_LT(panel.y + panel.height / 2, 32 + 1048 / 2.0);
-}
-
-TEST(QuickAddPlacement, FollowsASecondScreenAndShrinksOnASmallOne) {
-    // A second screen to the right, starting at x 1920.
-    const ScreenRect right = QuickAddPlacement::frame({1920, 0, 1280, 1024});
-    EXPECT_DOUBLE_EQ(right.x, 1920 + (1280 - 560) / 2.0);
-
-    const ScreenRect tiny = QuickAddPlacement::frame({0, 0, 400, 150});
-    EXPECT_DOUBLE_EQ(tiny.width, 400 - 24);
-    EXPECT_DOUBLE_EQ(tiny.height, 150 - 24);
-    EXPECT_DOUBLE_EQ(tiny.x, 12);
-    EXPECT_DOUBLE_EQ(tiny.y, 12);
+    struct Case {
+        const char* name;
+        ScreenRect frame, panel;
+    };
+    const Case cases[] = {
+        {"1920 x 1080 with a 32 px top bar", {0, 32, 1920, 1048}, {680, 250, 560, 176}},
+        {"a second screen to the right", {1920, 0, 1280, 1024}, {2280, 212, 560, 176}},
+        {"too small: the margins stay", {0, 0, 400, 150}, {12, 12, 376, 126}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(QuickAddPlacement::frame(c.frame), c.panel);
+    }
 }
 
 TEST(CommandLine, QuickAddIsListedAndTakesNoWords) {

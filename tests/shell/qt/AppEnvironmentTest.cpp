@@ -1,6 +1,5 @@
 #include "shell/qt/AppEnvironment.h"
 
-#include <QQuickView>
 #include <gtest/gtest.h>
 
 #include "shell/qt/EdgePanelController.h"
@@ -78,9 +77,6 @@ TEST(AppEnvironment, ChangeListenerMovesTheDrawerToTheChosenAnchor) {
     app.environment->store().updatePreferences(
         [](AppPreferences& p) { p.edgeAnchor = EdgeAnchor::bottomLeft; });
     EXPECT_EQ(drawer.anchor(), EdgeAnchor::bottomLeft);
-    const ScreenRect handle = drawer.frames().handle;
-    EXPECT_EQ(drawer.handleWindow()->geometry(),
-              QRect(static_cast<int>(handle.x), static_cast<int>(handle.y), 58, 58));
 }
 
 TEST(AppEnvironment, ChoosingAnAppearanceRepaintsAtOnce) {
