@@ -121,24 +121,6 @@ std::optional<std::vector<T>> readArray(const rapidjson::Value& v, Decode decode
     return out;
 }
 
-std::optional<BudgetAlertSet> readAlertSet(const rapidjson::Value& v) {
-    if (!v.IsArray()) {
-        return std::nullopt;
-    }
-    BudgetAlertSet set;
-    for (const auto& element : v.GetArray()) {
-        if (!element.IsString()) {
-            return std::nullopt;
-        }
-        auto kind = budgetAlertKindFromRaw({element.GetString(), element.GetStringLength()});
-        if (!kind) {
-            return std::nullopt;
-        }
-        set.insert(*kind);
-    }
-    return set;
-}
-
 std::optional<TaskRecurrence> readRecurrence(const rapidjson::Value& v) {
     if (!v.IsString()) {
         return std::nullopt;
@@ -166,6 +148,24 @@ std::optional<std::vector<std::string>> readStringArray(const rapidjson::Value& 
 }
 
 } // namespace
+
+std::optional<BudgetAlertSet> readBudgetAlertSet(const rapidjson::Value& v) {
+    if (!v.IsArray()) {
+        return std::nullopt;
+    }
+    BudgetAlertSet set;
+    for (const auto& element : v.GetArray()) {
+        if (!element.IsString()) {
+            return std::nullopt;
+        }
+        auto kind = budgetAlertKindFromRaw({element.GetString(), element.GetStringLength()});
+        if (!kind) {
+            return std::nullopt;
+        }
+        set.insert(*kind);
+    }
+    return set;
+}
 
 // ---- encoding ---------------------------------------------------------------
 
@@ -406,7 +406,7 @@ Result<TaskItem> decodeTaskItem(const rapidjson::Value& v, DateCoding dates) {
         return readArray<WorkSession>(
             e, [dates](const rapidjson::Value& s) { return decodeWorkSession(s, dates); });
     });
-    auto alerts = r.required("scheduledBudgetAlerts", readAlertSet);
+    auto alerts = r.required("scheduledBudgetAlerts", readBudgetAlertSet);
     t.estimatedMinutes = r.optional("estimatedMinutes", readInt64);
     t.reminderDate = r.optional("reminderDate", date);
     t.scheduledStart = r.optional("scheduledStart", date);

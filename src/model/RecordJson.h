@@ -44,6 +44,10 @@ Result<DailyReport> decodeDailyReport(const rapidjson::Value& v, DateCoding date
 // The current format: "version", "tasks", "preferences" and "reports", all required.
 Result<PersistedState> decodePersistedState(const rapidjson::Value& v, DateCoding dates);
 
+// A JSON array of BudgetAlertKind raw values as a set; absent when anything in it is
+// not one of them.
+std::optional<BudgetAlertSet> readBudgetAlertSet(const rapidjson::Value& v);
+
 // A whole state as the state file writes it: pretty, sorted keys, ISO dates.
 std::string encodeStateFile(const PersistedStateView& state);
 // One task as a single line of JSON with ISO dates (the command line's --json).

@@ -50,24 +50,6 @@ std::optional<Instant> readIsoDate(const rapidjson::Value& v) {
     return readDate(v, DateCoding::iso8601);
 }
 
-std::optional<BudgetAlertSet> readAlertSet(const rapidjson::Value& v) {
-    if (!v.IsArray()) {
-        return std::nullopt;
-    }
-    BudgetAlertSet set;
-    for (const auto& element : v.GetArray()) {
-        if (!element.IsString()) {
-            return std::nullopt;
-        }
-        auto kind = budgetAlertKindFromRaw({element.GetString(), element.GetStringLength()});
-        if (!kind) {
-            return std::nullopt;
-        }
-        set.insert(*kind);
-    }
-    return set;
-}
-
 std::optional<LegacyTaskItem> decodeLegacyTask(const rapidjson::Value& v) {
     LegacyReader r(v);
     auto id = r.required("id", readUuid);
@@ -77,7 +59,7 @@ std::optional<LegacyTaskItem> decodeLegacyTask(const rapidjson::Value& v) {
     auto elapsed = r.required("elapsedBeforeCurrentRun", readDouble);
     auto startedAt = r.optional("startedAt", readIsoDate);
     auto isComplete = r.required("isComplete", readBool);
-    auto alerts = r.required("scheduledBudgetAlerts", readAlertSet);
+    auto alerts = r.required("scheduledBudgetAlerts", readBudgetAlertSet);
     auto scheduledDueDate = r.optional("scheduledDueDate", readIsoDate);
     if (!r.ok()) {
         return std::nullopt;
