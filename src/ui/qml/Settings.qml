@@ -150,7 +150,7 @@ Rectangle {
 
                 SettingsSection {
                     title: "Drawer position"
-                    note: "Where the handle sits on the screen edge; the drawer slides out there."
+                    note: "Where the handle sits on the screen edge; the drawer slides out there. Top left is the default."
                     ComboBox {
                         objectName: "anchorChoice"
                         Layout.preferredWidth: 240
