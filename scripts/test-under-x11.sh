@@ -9,21 +9,11 @@ build=${1:-build}
 pattern=${2:-DrawerReminderPopout}
 here=$(cd "$(dirname "$0")/.." && pwd)
 
-xvfb_pid=""
+name=x11-tests
 wm_pid=""
-cleanup() {
-  [ -n "$wm_pid" ] && kill "$wm_pid" 2>/dev/null || true
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2>/dev/null || true
-}
-trap cleanup EXIT
+on_exit='[ -n "$wm_pid" ] && kill "$wm_pid" 2>/dev/null || true'
+. "$here/scripts/desktop-sandbox.sh"
 
-display=:$((90 + RANDOM % 400))
-Xvfb "$display" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
-xvfb_pid=$!
-for _ in $(seq 50); do
-  [ -e "/tmp/.X11-unix/X${display#:}" ] && break
-  sleep 0.1
-done
 DISPLAY="$display" openbox >/dev/null 2>&1 &
 wm_pid=$!
 sleep 0.5
