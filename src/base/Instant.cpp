@@ -2,19 +2,14 @@
 
 #include <cmath>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace daywyn {
 
 // Plain integer arithmetic instead of a formatter object: a state file holds tens
 // of thousands of dates and a formatter per date would dominate every save.
-
-long long daysFromCivil(long long year, unsigned month, unsigned day) {
-    year -= month <= 2 ? 1 : 0;
-    const long long era = (year >= 0 ? year : year - 399) / 400;
-    const auto yoe = static_cast<unsigned>(year - era * 400);
-    const unsigned doy = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-    const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-    return era * 146097 + static_cast<long long>(doe) - 719468;
-}
 
 void civilFromDays(long long days, long long& year, unsigned& month, unsigned& day) {
     days += 719468;
@@ -36,22 +31,6 @@ constexpr long long kMaxSeconds = 253402300799LL; // 9999-12-31T23:59:59Z
 inline void put2(char* out, unsigned v) {
     out[0] = static_cast<char>('0' + v / 10);
     out[1] = static_cast<char>('0' + v % 10);
-}
-
-inline int digit(char c) {
-    return (c >= '0' && c <= '9') ? c - '0' : -1;
-}
-
-inline int number(std::string_view s, std::size_t pos, std::size_t len) {
-    int v = 0;
-    for (std::size_t i = 0; i < len; ++i) {
-        const int d = digit(s[pos + i]);
-        if (d < 0) {
-            return -1;
-        }
-        v = v * 10 + d;
-    }
-    return v;
 }
 
 bool isLeap(long long y) {
@@ -108,25 +87,70 @@ std::string isoText(Instant at) {
 }
 
 std::optional<Instant> parseIsoText(std::string_view s) {
-    if (s.size() != kIsoTextLength || s[4] != '-' || s[7] != '-' || s[10] != 'T' || s[13] != ':' ||
-        s[16] != ':' || s[19] != 'Z') {
+    if (s.size() != kIsoTextLength || s[16] != ':' || s[19] != 'Z') {
         return std::nullopt;
     }
-    const int year = number(s, 0, 4);
-    const int month = number(s, 5, 2);
-    const int day = number(s, 8, 2);
-    const int hour = number(s, 11, 2);
-    const int minute = number(s, 14, 2);
-    const int second = number(s, 17, 2);
-    if (year < 0 || month < 1 || month > 12 || day < 1 || hour < 0 || hour > 23 || minute < 0 ||
-        minute > 59 || second < 0 || second > 59) {
+    unsigned year;
+    unsigned month;
+    unsigned day;
+    unsigned hour;
+    unsigned minute;
+#if defined(__SSE2__)
+    // A state file holds tens of thousands of dates: the first sixteen characters
+    // ("YYYY-MM-DDTHH:MM") are checked and read in one step.
+    const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.data()));
+    const __m128i digits = _mm_sub_epi8(text, _mm_set1_epi8('0'));
+    const __m128i isDigit = _mm_cmpeq_epi8(_mm_min_epu8(digits, _mm_set1_epi8(9)), digits);
+    const __m128i separators =
+        _mm_setr_epi8(0, 0, 0, 0, '-', 0, 0, '-', 0, 0, 'T', 0, 0, ':', 0, 0);
+    const __m128i isSeparator = _mm_cmpeq_epi8(text, separators);
+    constexpr int kSeparatorBits = (1 << 4) | (1 << 7) | (1 << 10) | (1 << 13);
+    constexpr int kDigitBits = 0xFFFF & ~kSeparatorBits;
+    if ((_mm_movemask_epi8(isDigit) & kDigitBits) != kDigitBits ||
+        (_mm_movemask_epi8(isSeparator) & kSeparatorBits) != kSeparatorBits) {
         return std::nullopt;
     }
-    if (static_cast<unsigned>(day) > daysInMonth(year, static_cast<unsigned>(month))) {
+    // Two-digit numbers from adjacent digits, per 16-bit lane: first * 10 + second.
+    auto pairs = [](__m128i d) {
+        return _mm_add_epi16(
+            _mm_mullo_epi16(_mm_and_si128(d, _mm_set1_epi16(0x00FF)), _mm_set1_epi16(10)),
+            _mm_srli_epi16(d, 8));
+    };
+    const __m128i even = pairs(digits);                   // pairs at 0, 2, 8, 14
+    const __m128i odd = pairs(_mm_srli_si128(digits, 1)); // pairs at 5, 11
+    year = static_cast<unsigned>(_mm_extract_epi16(even, 0)) * 100 +
+           static_cast<unsigned>(_mm_extract_epi16(even, 1));
+    month = static_cast<unsigned>(_mm_extract_epi16(odd, 2));
+    day = static_cast<unsigned>(_mm_extract_epi16(even, 4));
+    hour = static_cast<unsigned>(_mm_extract_epi16(odd, 5));
+    minute = static_cast<unsigned>(_mm_extract_epi16(even, 7));
+#else
+    if (s[4] != '-' || s[7] != '-' || s[10] != 'T' || s[13] != ':') {
         return std::nullopt;
     }
-    const long long days =
-        daysFromCivil(year, static_cast<unsigned>(month), static_cast<unsigned>(day));
+    unsigned notDigit = 0;
+    auto d = [&s, &notDigit](std::size_t i) {
+        const unsigned v = static_cast<unsigned char>(s[i]) - unsigned{'0'};
+        notDigit |= v > 9 ? 1u : 0u;
+        return v;
+    };
+    year = d(0) * 1000 + d(1) * 100 + d(2) * 10 + d(3);
+    month = d(5) * 10 + d(6);
+    day = d(8) * 10 + d(9);
+    hour = d(11) * 10 + d(12);
+    minute = d(14) * 10 + d(15);
+    if (notDigit != 0) {
+        return std::nullopt;
+    }
+#endif
+    const unsigned tens = static_cast<unsigned char>(s[17]) - unsigned{'0'};
+    const unsigned units = static_cast<unsigned char>(s[18]) - unsigned{'0'};
+    const unsigned second = tens * 10 + units;
+    if (tens > 9 || units > 9 || month < 1 || month > 12 || day < 1 || hour > 23 || minute > 59 ||
+        second > 59 || day > daysInMonth(year, month)) {
+        return std::nullopt;
+    }
+    const long long days = daysFromCivil(year, month, day);
     return Instant{static_cast<double>(days * 86400 + hour * 3600 + minute * 60 + second)};
 }
 

@@ -37,7 +37,14 @@ std::string isoText(Instant at);
 std::optional<Instant> parseIsoText(std::string_view text);
 
 // Days since 1970-01-01 of a proleptic Gregorian date, and back.
-long long daysFromCivil(long long year, unsigned month, unsigned day);
+inline long long daysFromCivil(long long year, unsigned month, unsigned day) {
+    year -= month <= 2 ? 1 : 0;
+    const long long era = (year >= 0 ? year : year - 399) / 400;
+    const auto yoe = static_cast<unsigned>(year - era * 400);
+    const unsigned doy = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
+    const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+    return era * 146097 + static_cast<long long>(doe) - 719468;
+}
 void civilFromDays(long long days, long long& year, unsigned& month, unsigned& day);
 
 } // namespace daywyn

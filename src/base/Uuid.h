@@ -11,6 +11,9 @@
 
 namespace daywyn {
 
+// Length of the canonical text of a Uuid.
+inline constexpr std::size_t kUuidTextLength = 36;
+
 // A 128-bit identifier. Written as canonical upper-case text with hyphens
 // ("E621E1F8-C36C-495A-93FC-0C247A3E6E5F"); read in either case.
 struct Uuid {
