@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "BenchData.h"
+#include "persistence/StateFileDecoding.h"
 
 namespace {
 
@@ -24,8 +25,7 @@ BENCHMARK(EncodeStatePretty)->Arg(1000)->Arg(5000)->Unit(benchmark::kMillisecond
 void DecodeState(benchmark::State& s) {
     const auto text = encodeStateFile(bench::makeState(static_cast<int>(s.range(0))));
     for (auto _ : s) {
-        auto document = parseJson(text);
-        auto state = decodePersistedState(document.value(), DateCoding::iso8601);
+        auto state = decodeStateFile(text);
         if (!state) {
             s.SkipWithError(state.error().c_str());
             break;
@@ -33,6 +33,6 @@ void DecodeState(benchmark::State& s) {
         benchmark::DoNotOptimize(state);
     }
 }
-BENCHMARK(DecodeState)->Arg(1000)->Arg(5000)->Unit(benchmark::kMillisecond);
+BENCHMARK(DecodeState)->Arg(1000)->Arg(5000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace

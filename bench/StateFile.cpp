@@ -62,7 +62,12 @@ void LoadState(benchmark::State& s) {
         benchmark::DoNotOptimize(loaded);
     }
 }
-BENCHMARK(LoadState)->Arg(1000)->Arg(5000)->Arg(20000)->Unit(benchmark::kMillisecond);
+BENCHMARK(LoadState)
+    ->Arg(1000)
+    ->Arg(5000)
+    ->Arg(20000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 void SaveState(benchmark::State& s) {
     const int tasks = static_cast<int>(s.range(0));

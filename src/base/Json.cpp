@@ -1,12 +1,13 @@
 #include "base/Json.h"
 
-#include <charconv>
 #include <cstdint>
 
 #include <rapidjson/encodedstream.h>
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
+
+#include "base/JsonReader.h"
 
 namespace daywyn {
 
@@ -41,28 +42,18 @@ public:
 
     // The reader has checked the number's syntax; only its value is left to find.
     bool RawNumber(const char* s, rapidjson::SizeType n, bool) {
-        const char* end = s + n;
-        const std::string_view text(s, n);
-        if (text.find_first_of(".eE") == std::string_view::npos) {
-            std::int64_t i = 0;
-            if (auto r = std::from_chars(s, end, i); r.ec == std::errc{} && r.ptr == end) {
-                return d_.Int64(i);
-            }
-            std::uint64_t u = 0;
-            if (auto r = std::from_chars(s, end, u); r.ec == std::errc{} && r.ptr == end) {
-                return d_.Uint64(u);
-            }
-            // Beyond 64 bits: a double, as every JSON reader does.
+        const JsonNumber number = jsonNumberValue(std::string_view(s, n));
+        switch (number.kind) {
+        case JsonNumber::Kind::int64:
+            return d_.Int64(number.i);
+        case JsonNumber::Kind::uint64:
+            return d_.Uint64(number.u);
+        case JsonNumber::Kind::real:
+            return d_.Double(number.d);
+        case JsonNumber::Kind::outOfRange:
+            break;
         }
-        double v = 0.0;
-        const auto r = std::from_chars(s, end, v);
-        if (r.ec == std::errc::result_out_of_range) {
-            // Too small to represent reads as zero; too large is refused.
-            const bool tiny = text.find("e-") != std::string_view::npos ||
-                              text.find("E-") != std::string_view::npos;
-            return tiny && d_.Double(text.front() == '-' ? -0.0 : 0.0);
-        }
-        return r.ec == std::errc{} && r.ptr == end && d_.Double(v);
+        return false;
     }
 
 private:
@@ -83,11 +74,6 @@ rapidjson::ParseResult parseExactly(Stream& stream, rapidjson::Document& documen
 }
 
 } // namespace
-
-bool parseJsonInPlace(std::string& text, rapidjson::Document& document) {
-    rapidjson::InsituStringStream stream(text.data());
-    return !parseExactly<rapidjson::kParseInsituFlag>(stream, document).IsError();
-}
 
 Result<rapidjson::Document> parseJson(std::string_view text) {
     rapidjson::Document document;

@@ -35,10 +35,6 @@ inline constexpr double kReferenceDateOffset = 978307200.0;
 // Two-space indentation, the state file's layout.
 void useTwoSpaceIndent(PrettyJsonWriter& writer);
 
-// Parses a whole document in place (strings point into `text`, which must end in a
-// NUL and outlive the document), keeping every number exactly as written.
-bool parseJsonInPlace(std::string& text, rapidjson::Document& document);
-
 // Parses a whole document, keeping every double exactly as written.
 // The error names the offset of the first problem.
 Result<rapidjson::Document> parseJson(std::string_view text);

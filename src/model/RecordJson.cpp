@@ -1,6 +1,15 @@
 #include "model/RecordJson.h"
 
+#include <algorithm>
+#include <atomic>
 #include <climits>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <system_error>
+#include <thread>
+#include <tuple>
+#include <type_traits>
 
 namespace daywyn {
 
@@ -25,147 +34,7 @@ void writeOptionalInt(Writer& w, std::string_view key, const std::optional<long 
     }
 }
 
-// ---- decoding helpers -------------------------------------------------------
-
-// Reads the members of one JSON object, remembering the first problem.
-class ObjectReader {
-public:
-    ObjectReader(const rapidjson::Value& object, const char* record)
-        : object_(object)
-        , record_(record) {
-        if (!object.IsObject()) {
-            fail(std::string("The ") + record + " is not a JSON object.");
-        }
-    }
-
-    bool ok() const { return !error_; }
-    Error error() const { return Error{*error_}; }
-
-    // A required member read with `read`; a missing or mistyped one fails.
-    template <typename Read>
-    auto required(std::string_view key, Read read)
-        -> decltype(read(std::declval<const rapidjson::Value&>())) {
-        if (error_) {
-            return std::nullopt;
-        }
-        const rapidjson::Value* v = findMember(object_, key);
-        if (!v) {
-            fail(std::string("The ") + record_ + " has no \"" + std::string(key) + "\".");
-            return std::nullopt;
-        }
-        auto value = read(*v);
-        if (!value) {
-            fail(std::string("The ") + record_ + "'s \"" + std::string(key) + "\" is not valid.");
-        }
-        return value;
-    }
-
-    // An optional member: missing (or null) gives absent; present but mistyped fails.
-    template <typename Read>
-    auto optional(std::string_view key, Read read)
-        -> decltype(read(std::declval<const rapidjson::Value&>())) {
-        if (error_) {
-            return std::nullopt;
-        }
-        const rapidjson::Value* v = findMember(object_, key);
-        if (!v || v->IsNull()) {
-            return std::nullopt;
-        }
-        auto value = read(*v);
-        if (!value) {
-            fail(std::string("The ") + record_ + "'s \"" + std::string(key) + "\" is not valid.");
-        }
-        return value;
-    }
-
-    void fail(std::string message) {
-        if (!error_) {
-            error_ = std::move(message);
-        }
-    }
-
-private:
-    const rapidjson::Value& object_;
-    const char* record_;
-    std::optional<std::string> error_;
-};
-
-auto dateReader(DateCoding dates) {
-    return [dates](const rapidjson::Value& v) {
-        return readDate(v, dates);
-    };
-}
-
-std::optional<int> readInt(const rapidjson::Value& v) {
-    auto value = readInt64(v);
-    if (!value || *value < INT_MIN || *value > INT_MAX) {
-        return std::nullopt;
-    }
-    return static_cast<int>(*value);
-}
-
-template <typename T, typename Decode>
-std::optional<std::vector<T>> readArray(const rapidjson::Value& v, Decode decode) {
-    if (!v.IsArray()) {
-        return std::nullopt;
-    }
-    std::vector<T> out;
-    out.reserve(v.Size());
-    for (const auto& element : v.GetArray()) {
-        auto item = decode(element);
-        if (!item) {
-            return std::nullopt;
-        }
-        out.push_back(std::move(item).value());
-    }
-    return out;
-}
-
-std::optional<TaskRecurrence> readRecurrence(const rapidjson::Value& v) {
-    if (!v.IsString()) {
-        return std::nullopt;
-    }
-    return taskRecurrenceFromRaw({v.GetString(), v.GetStringLength()});
-}
-
-std::optional<EdgeAnchor> readAnchor(const rapidjson::Value& v) {
-    if (!v.IsString()) {
-        return std::nullopt;
-    }
-    return edgeAnchorFromRaw({v.GetString(), v.GetStringLength()});
-}
-
-std::optional<UnfinishedReminderCadence> readCadence(const rapidjson::Value& v) {
-    auto minutes = readInt64(v);
-    if (!minutes) {
-        return std::nullopt;
-    }
-    return cadenceFromRaw(*minutes);
-}
-
-std::optional<std::vector<std::string>> readStringArray(const rapidjson::Value& v) {
-    return readArray<std::string>(v, [](const rapidjson::Value& e) { return readString(e); });
-}
-
 } // namespace
-
-std::optional<BudgetAlertSet> readBudgetAlertSet(const rapidjson::Value& v) {
-    if (!v.IsArray()) {
-        return std::nullopt;
-    }
-    BudgetAlertSet set;
-    for (const auto& element : v.GetArray()) {
-        if (!element.IsString()) {
-            return std::nullopt;
-        }
-        auto kind = budgetAlertKindFromRaw({element.GetString(), element.GetStringLength()});
-        if (!kind) {
-            return std::nullopt;
-        }
-        set.insert(*kind);
-    }
-    return set;
-}
 
 // ---- encoding ---------------------------------------------------------------
 
@@ -372,180 +241,673 @@ std::string encodeTaskLine(const TaskItem& task) {
 
 // ---- decoding ---------------------------------------------------------------
 
-Result<ChecklistItem> decodeChecklistItem(const rapidjson::Value& v) {
-    ObjectReader r(v, "checklist item");
-    auto id = r.required("id", readUuid);
-    auto title = r.required("title", readString);
-    auto isComplete = r.required("isComplete", readBool);
-    if (!r.ok()) {
-        return r.error();
-    }
-    return ChecklistItem{*id, std::move(*title), *isComplete};
-}
+namespace {
 
-Result<WorkSession> decodeWorkSession(const rapidjson::Value& v, DateCoding dates) {
-    ObjectReader r(v, "work session");
-    auto id = r.required("id", readUuid);
-    auto start = r.required("start", dateReader(dates));
-    auto end = r.required("end", dateReader(dates));
-    if (!r.ok()) {
-        return r.error();
-    }
-    return WorkSession{*id, *start, *end};
-}
+// One decoding run over a reader: the first problem found, as a sentence. Problems
+// found inside a member come first, so they are the ones reported.
+class Decoder {
+public:
+    Decoder(JsonReader& reader, DateCoding dateCoding)
+        : r(reader)
+        , dates(dateCoding) {}
 
-Result<TaskItem> decodeTaskItem(const rapidjson::Value& v, DateCoding dates) {
-    ObjectReader r(v, "task");
-    TaskItem t;
-    const auto date = dateReader(dates);
-    auto id = r.required("id", readUuid);
-    auto title = r.required("title", readString);
-    auto createdAt = r.required("createdAt", date);
-    auto isComplete = r.required("isComplete", readBool);
-    auto sessions = r.required("sessions", [dates](const rapidjson::Value& e) {
-        return readArray<WorkSession>(
-            e, [dates](const rapidjson::Value& s) { return decodeWorkSession(s, dates); });
-    });
-    auto alerts = r.required("scheduledBudgetAlerts", readBudgetAlertSet);
-    t.estimatedMinutes = r.optional("estimatedMinutes", readInt64);
-    t.reminderDate = r.optional("reminderDate", date);
-    t.scheduledStart = r.optional("scheduledStart", date);
-    t.scheduledDay = r.optional("scheduledDay", date);
-    t.scheduledEnd = r.optional("scheduledEnd", date);
-    t.completedAt = r.optional("completedAt", date);
-    t.liveSessionStartedAt = r.optional("liveSessionStartedAt", date);
-    t.scheduledReminderDate = r.optional("scheduledReminderDate", date);
-    t.notifiedOverdueEnd = r.optional("notifiedOverdueEnd", date);
-    t.recurrence = r.optional("recurrence", readRecurrence);
-    t.nextOccurrenceCreated = r.optional("nextOccurrenceCreated", readBool);
-    t.checklist = r.optional("checklist", [](const rapidjson::Value& e) {
-        return readArray<ChecklistItem>(e, decodeChecklistItem);
-    });
-    t.priorityRank = r.optional("priorityRank", readInt64);
-    if (!r.ok()) {
-        return r.error();
-    }
-    t.id = *id;
-    t.title = std::move(*title);
-    t.createdAt = *createdAt;
-    t.isComplete = *isComplete;
-    t.sessions = std::move(*sessions);
-    t.scheduledBudgetAlerts = *alerts;
-    return t;
-}
+    JsonReader& r;
+    const DateCoding dates;
+    std::string error;
 
-Result<AppPreferences> decodePreferences(const rapidjson::Value& v) {
-    ObjectReader r(v, "preferences");
-    AppPreferences p;
-    auto setBool = [&r](std::string_view key, bool& field) {
-        if (auto value = r.optional(key, readBool)) {
-            field = *value;
+    // Lists are read here first and then copied once at their final size, so that a
+    // task's few sessions cost one allocation instead of one per doubling.
+    template <typename T>
+    std::vector<T>& scratch() {
+        return std::get<std::vector<T>>(scratch_);
+    }
+
+    bool fail(std::string message) {
+        if (error.empty()) {
+            error = std::move(message);
         }
-    };
-    auto setInt = [&r](std::string_view key, int& field) {
-        if (auto value = r.optional(key, readInt)) {
-            field = *value;
+        return false;
+    }
+
+    // One object of a record: member(index) reads that member's value.
+    template <std::size_t N, typename Member>
+    bool object(const char* record, const JsonKeys<N>& keys, std::uint32_t required,
+                Member&& member) {
+        const JsonObjectRead read = readJsonObject(r, keys, member);
+        switch (read.outcome) {
+        case JsonObjectRead::Outcome::read:
+            if (const int missing = read.firstMissing(required); missing >= 0) {
+                return fail(std::string("The ") + record + " has no \"" +
+                            std::string(keys.names[static_cast<std::size_t>(missing)].text) +
+                            "\".");
+            }
+            return true;
+        case JsonObjectRead::Outcome::notAnObject:
+            return fail(std::string("The ") + record + " is not a JSON object.");
+        case JsonObjectRead::Outcome::invalidMember:
+            return fail(std::string("The ") + record + "'s \"" +
+                        std::string(keys.names[static_cast<std::size_t>(read.invalid)].text) +
+                        "\" is not valid.");
+        case JsonObjectRead::Outcome::syntaxError:
+            break;
         }
-    };
+        return fail(r.syntaxError());
+    }
+
+    template <typename T>
+    Result<T> result(bool decoded, T&& value) {
+        if (!decoded) {
+            return Error{error.empty() ? r.syntaxError() : error};
+        }
+        return std::forward<T>(value);
+    }
+
+private:
+    std::tuple<std::vector<WorkSession>, std::vector<ChecklistItem>, std::vector<DailyTaskSummary>,
+               std::vector<std::string>>
+        scratch_;
+};
+
+// Field readers: false when the value has another type or is not valid. An optional
+// field reads null as absent; a required one refuses it.
+bool read(Decoder& d, std::string& out) {
+    const auto text = d.r.readStringView();
+    if (!text) {
+        return false;
+    }
+    out.assign(*text);
+    return true;
+}
+
+bool read(Decoder& d, Uuid& out) {
+    const auto id =
+        d.r.readStringAs(kUuidTextLength, [](std::string_view text) { return Uuid::parse(text); });
+    if (!id) {
+        return false;
+    }
+    out = *id;
+    return true;
+}
+
+bool read(Decoder& d, Instant& out) {
+    std::optional<Instant> at;
+    if (d.dates == DateCoding::iso8601) {
+        at = d.r.readStringAs(kIsoTextLength,
+                              [](std::string_view text) { return parseIsoText(text); });
+    } else if (const auto seconds = d.r.readDouble()) {
+        at = Instant{*seconds + kReferenceDateOffset};
+    }
+    if (!at) {
+        return false;
+    }
+    out = *at;
+    return true;
+}
+
+bool read(Decoder& d, bool& out) {
+    const auto value = d.r.readBool();
+    out = value.value_or(false);
+    return value.has_value();
+}
+
+bool read(Decoder& d, long long& out) {
+    const auto value = d.r.readInt64();
+    out = value.value_or(0);
+    return value.has_value();
+}
+
+bool read(Decoder& d, double& out) {
+    const auto value = d.r.readDouble();
+    out = value.value_or(0.0);
+    return value.has_value();
+}
+
+bool read(Decoder& d, int& out) {
+    const auto value = d.r.readInt64();
+    if (!value || *value < INT_MIN || *value > INT_MAX) {
+        return false;
+    }
+    out = static_cast<int>(*value);
+    return true;
+}
+
+bool read(Decoder& d, TaskRecurrence& out) {
+    const auto text = d.r.readStringView();
+    const auto recurrence = text ? taskRecurrenceFromRaw(*text) : std::nullopt;
+    out = recurrence.value_or(TaskRecurrence::none);
+    return recurrence.has_value();
+}
+
+bool read(Decoder& d, EdgeAnchor& out) {
+    const auto text = d.r.readStringView();
+    const auto anchor = text ? edgeAnchorFromRaw(*text) : std::nullopt;
+    if (anchor) {
+        out = *anchor;
+    }
+    return anchor.has_value();
+}
+
+bool read(Decoder& d, UnfinishedReminderCadence& out) {
+    const auto minutes = d.r.readInt64();
+    const auto cadence = minutes ? cadenceFromRaw(*minutes) : std::nullopt;
+    if (cadence) {
+        out = *cadence;
+    }
+    return cadence.has_value();
+}
+
+bool read(Decoder& d, BudgetAlertSet& out) {
+    auto set = readBudgetAlertSet(d.r);
+    out = set.value_or(BudgetAlertSet{});
+    return set.has_value();
+}
+
+bool decode(Decoder& d, ChecklistItem& item);
+bool decode(Decoder& d, WorkSession& session);
+bool decode(Decoder& d, DailyTaskSummary& summary);
+
+// Arrays of records or strings.
+template <typename T>
+bool read(Decoder& d, std::vector<T>& out) {
+    if (!d.r.beginArray()) {
+        return false;
+    }
+    std::vector<T>& elements = d.scratch<T>();
+    elements.clear();
+    while (d.r.nextElement()) {
+        T& element = elements.emplace_back();
+        if constexpr (std::is_same_v<T, std::string>) {
+            if (!read(d, element)) {
+                return false;
+            }
+        } else if (!decode(d, element)) {
+            return false;
+        }
+    }
+    if (d.r.hasSyntaxError()) {
+        return false;
+    }
+    out.assign(std::make_move_iterator(elements.begin()), std::make_move_iterator(elements.end()));
+    return true;
+}
+
+template <typename T>
+bool read(Decoder& d, std::optional<T>& out) {
+    if (d.r.readNull()) {
+        out.reset();
+        return true;
+    }
+    return read(d, out.emplace());
+}
+
+// A preference keeps its default when its member is missing or null.
+template <typename T>
+bool readPreference(Decoder& d, T& field) {
+    return d.r.readNull() || read(d, field);
+}
+
+constexpr std::uint32_t bits(std::initializer_list<int> members) {
+    std::uint32_t mask = 0;
+    for (const int m : members) {
+        mask |= 1u << m;
+    }
+    return mask;
+}
+
+// Member names in sorted order, the order they are written in.
+enum ChecklistMember { kChecklistId, kChecklistIsComplete, kChecklistTitle };
+constexpr JsonKeys<3> kChecklistKeys{{"id", "isComplete", "title"}};
+
+bool decode(Decoder& d, ChecklistItem& item) {
+    return d.object("checklist item", kChecklistKeys,
+                    bits({kChecklistId, kChecklistIsComplete, kChecklistTitle}), [&](int member) {
+                        switch (member) {
+                        case kChecklistId:
+                            return read(d, item.id);
+                        case kChecklistIsComplete:
+                            return read(d, item.isComplete);
+                        default:
+                            return read(d, item.title);
+                        }
+                    });
+}
+
+enum SessionMember { kSessionEnd, kSessionId, kSessionStart };
+constexpr JsonKeys<3> kSessionKeys{{"end", "id", "start"}};
+
+bool decode(Decoder& d, WorkSession& session) {
+    return d.object("work session", kSessionKeys, bits({kSessionEnd, kSessionId, kSessionStart}),
+                    [&](int member) {
+                        switch (member) {
+                        case kSessionEnd:
+                            return read(d, session.end);
+                        case kSessionId:
+                            return read(d, session.id);
+                        default:
+                            return read(d, session.start);
+                        }
+                    });
+}
+
+enum TaskMember {
+    kTaskChecklist,
+    kTaskCompletedAt,
+    kTaskCreatedAt,
+    kTaskEstimatedMinutes,
+    kTaskId,
+    kTaskIsComplete,
+    kTaskLiveSessionStartedAt,
+    kTaskNextOccurrenceCreated,
+    kTaskNotifiedOverdueEnd,
+    kTaskPriorityRank,
+    kTaskRecurrence,
+    kTaskReminderDate,
+    kTaskScheduledBudgetAlerts,
+    kTaskScheduledDay,
+    kTaskScheduledEnd,
+    kTaskScheduledReminderDate,
+    kTaskScheduledStart,
+    kTaskSessions,
+    kTaskTitle,
+};
+constexpr JsonKeys<19> kTaskKeys{{
+    "checklist",
+    "completedAt",
+    "createdAt",
+    "estimatedMinutes",
+    "id",
+    "isComplete",
+    "liveSessionStartedAt",
+    "nextOccurrenceCreated",
+    "notifiedOverdueEnd",
+    "priorityRank",
+    "recurrence",
+    "reminderDate",
+    "scheduledBudgetAlerts",
+    "scheduledDay",
+    "scheduledEnd",
+    "scheduledReminderDate",
+    "scheduledStart",
+    "sessions",
+    "title",
+}};
+constexpr std::uint32_t kTaskRequired =
+    bits({kTaskCreatedAt, kTaskId, kTaskIsComplete, kTaskScheduledBudgetAlerts, kTaskSessions,
+          kTaskTitle});
+
+bool decode(Decoder& d, TaskItem& t) {
+    return d.object("task", kTaskKeys, kTaskRequired, [&](int member) {
+        switch (static_cast<TaskMember>(member)) {
+        case kTaskChecklist:
+            return read(d, t.checklist);
+        case kTaskCompletedAt:
+            return read(d, t.completedAt);
+        case kTaskCreatedAt:
+            return read(d, t.createdAt);
+        case kTaskEstimatedMinutes:
+            return read(d, t.estimatedMinutes);
+        case kTaskId:
+            return read(d, t.id);
+        case kTaskIsComplete:
+            return read(d, t.isComplete);
+        case kTaskLiveSessionStartedAt:
+            return read(d, t.liveSessionStartedAt);
+        case kTaskNextOccurrenceCreated:
+            return read(d, t.nextOccurrenceCreated);
+        case kTaskNotifiedOverdueEnd:
+            return read(d, t.notifiedOverdueEnd);
+        case kTaskPriorityRank:
+            return read(d, t.priorityRank);
+        case kTaskRecurrence:
+            return read(d, t.recurrence);
+        case kTaskReminderDate:
+            return read(d, t.reminderDate);
+        case kTaskScheduledBudgetAlerts:
+            return read(d, t.scheduledBudgetAlerts);
+        case kTaskScheduledDay:
+            return read(d, t.scheduledDay);
+        case kTaskScheduledEnd:
+            return read(d, t.scheduledEnd);
+        case kTaskScheduledReminderDate:
+            return read(d, t.scheduledReminderDate);
+        case kTaskScheduledStart:
+            return read(d, t.scheduledStart);
+        case kTaskSessions:
+            return read(d, t.sessions);
+        case kTaskTitle:
+            return read(d, t.title);
+        }
+        return false;
+    });
+}
+
+enum PreferenceMember {
+    kActiveHoursEnd,
+    kActiveHoursStart,
+    kBudgetNotificationsEnabled,
+    kBudgetWarningLeadMinutes,
+    kCalendarIntegrationEnabled,
+    kDailyReviewEnabled,
+    kDailyReviewHour,
+    kDailyReviewMinute,
+    kDefaultTaskMinutes,
+    kDueNotificationsEnabled,
+    kEdgeAnchor,
+    kEndWarningLeadMinutes,
+    kScheduledEndAlertsEnabled,
+    kSelectedCalendarIdentifiers,
+    kTaskRemindersEnabled,
+    kUnfinishedReminderCadence,
+};
+constexpr JsonKeys<16> kPreferenceKeys{{
+    "activeHoursEnd",
+    "activeHoursStart",
+    "budgetNotificationsEnabled",
+    "budgetWarningLeadMinutes",
+    "calendarIntegrationEnabled",
+    "dailyReviewEnabled",
+    "dailyReviewHour",
+    "dailyReviewMinute",
+    "defaultTaskMinutes",
+    "dueNotificationsEnabled",
+    "edgeAnchor",
+    "endWarningLeadMinutes",
+    "scheduledEndAlertsEnabled",
+    "selectedCalendarIdentifiers",
+    "taskRemindersEnabled",
+    "unfinishedReminderCadence",
+}};
+
+bool decode(Decoder& d, AppPreferences& p) {
     // The older key is only read, never written; the newer one wins when both exist.
-    setBool("dueNotificationsEnabled", p.taskRemindersEnabled);
-    setBool("taskRemindersEnabled", p.taskRemindersEnabled);
-    setBool("budgetNotificationsEnabled", p.budgetNotificationsEnabled);
-    setBool("scheduledEndAlertsEnabled", p.scheduledEndAlertsEnabled);
-    setInt("budgetWarningLeadMinutes", p.budgetWarningLeadMinutes);
-    setInt("endWarningLeadMinutes", p.endWarningLeadMinutes);
-    setInt("defaultTaskMinutes", p.defaultTaskMinutes);
-    if (auto cadence = r.optional("unfinishedReminderCadence", readCadence)) {
-        p.unfinishedReminderCadence = *cadence;
-    }
-    setInt("activeHoursStart", p.activeHoursStart);
-    setInt("activeHoursEnd", p.activeHoursEnd);
-    setBool("dailyReviewEnabled", p.dailyReviewEnabled);
-    setInt("dailyReviewHour", p.dailyReviewHour);
-    setInt("dailyReviewMinute", p.dailyReviewMinute);
-    setBool("calendarIntegrationEnabled", p.calendarIntegrationEnabled);
-    if (auto ids = r.optional("selectedCalendarIdentifiers", readStringArray)) {
-        p.selectedCalendarIdentifiers = std::move(*ids);
-    }
-    if (auto anchor = r.optional("edgeAnchor", readAnchor)) {
-        p.edgeAnchor = *anchor;
-    }
-    if (!r.ok()) {
-        return r.error();
-    }
-    return p;
-}
-
-Result<DailyTaskSummary> decodeDailyTaskSummary(const rapidjson::Value& v) {
-    ObjectReader r(v, "report line");
-    auto id = r.required("id", readUuid);
-    auto title = r.required("title", readString);
-    auto wasComplete = r.required("wasComplete", readBool);
-    auto estimate = r.optional("estimatedMinutes", readInt64);
-    auto actual = r.required("actualSeconds", readDouble);
-    if (!r.ok()) {
-        return r.error();
-    }
-    return DailyTaskSummary{*id, std::move(*title), *wasComplete, estimate, *actual};
-}
-
-Result<DailyReport> decodeDailyReport(const rapidjson::Value& v, DateCoding dates) {
-    ObjectReader r(v, "daily report");
-    auto id = r.required("id", readUuid);
-    auto day = r.required("day", dateReader(dates));
-    auto generatedAt = r.required("generatedAt", dateReader(dates));
-    auto tasks = r.required("tasks", [](const rapidjson::Value& e) {
-        return readArray<DailyTaskSummary>(e, decodeDailyTaskSummary);
+    std::optional<bool> older;
+    std::optional<bool> newer;
+    const bool decoded = d.object("preferences", kPreferenceKeys, 0, [&](int member) {
+        switch (static_cast<PreferenceMember>(member)) {
+        case kActiveHoursEnd:
+            return readPreference(d, p.activeHoursEnd);
+        case kActiveHoursStart:
+            return readPreference(d, p.activeHoursStart);
+        case kBudgetNotificationsEnabled:
+            return readPreference(d, p.budgetNotificationsEnabled);
+        case kBudgetWarningLeadMinutes:
+            return readPreference(d, p.budgetWarningLeadMinutes);
+        case kCalendarIntegrationEnabled:
+            return readPreference(d, p.calendarIntegrationEnabled);
+        case kDailyReviewEnabled:
+            return readPreference(d, p.dailyReviewEnabled);
+        case kDailyReviewHour:
+            return readPreference(d, p.dailyReviewHour);
+        case kDailyReviewMinute:
+            return readPreference(d, p.dailyReviewMinute);
+        case kDefaultTaskMinutes:
+            return readPreference(d, p.defaultTaskMinutes);
+        case kDueNotificationsEnabled:
+            return read(d, older);
+        case kEdgeAnchor:
+            return readPreference(d, p.edgeAnchor);
+        case kEndWarningLeadMinutes:
+            return readPreference(d, p.endWarningLeadMinutes);
+        case kScheduledEndAlertsEnabled:
+            return readPreference(d, p.scheduledEndAlertsEnabled);
+        case kSelectedCalendarIdentifiers:
+            return readPreference(d, p.selectedCalendarIdentifiers);
+        case kTaskRemindersEnabled:
+            return read(d, newer);
+        case kUnfinishedReminderCadence:
+            return readPreference(d, p.unfinishedReminderCadence);
+        }
+        return false;
     });
-    if (!r.ok()) {
-        return r.error();
+    if (const auto enabled = newer ? newer : older) {
+        p.taskRemindersEnabled = *enabled;
     }
-    return DailyReport{*id, *day, *generatedAt, std::move(*tasks)};
+    return decoded;
 }
 
-Result<PersistedState> decodePersistedState(const rapidjson::Value& v, DateCoding dates) {
-    ObjectReader r(v, "state");
-    PersistedState state;
-    auto version = r.required("version", readInt64);
-    const rapidjson::Value* tasks = r.ok() ? findMember(v, "tasks") : nullptr;
-    const rapidjson::Value* preferences = r.ok() ? findMember(v, "preferences") : nullptr;
-    const rapidjson::Value* reports = r.ok() ? findMember(v, "reports") : nullptr;
-    if (!r.ok()) {
-        return r.error();
+enum SummaryMember { kActualSeconds, kSummaryEstimate, kSummaryId, kSummaryTitle, kWasComplete };
+constexpr JsonKeys<5> kSummaryKeys{
+    {"actualSeconds", "estimatedMinutes", "id", "title", "wasComplete"}};
+
+bool decode(Decoder& d, DailyTaskSummary& s) {
+    return d.object("report line", kSummaryKeys,
+                    bits({kActualSeconds, kSummaryId, kSummaryTitle, kWasComplete}),
+                    [&](int member) {
+                        switch (static_cast<SummaryMember>(member)) {
+                        case kActualSeconds:
+                            return read(d, s.actualSeconds);
+                        case kSummaryEstimate:
+                            return read(d, s.estimatedMinutes);
+                        case kSummaryId:
+                            return read(d, s.id);
+                        case kSummaryTitle:
+                            return read(d, s.title);
+                        case kWasComplete:
+                            return read(d, s.wasComplete);
+                        }
+                        return false;
+                    });
+}
+
+enum ReportMember { kReportDay, kReportGeneratedAt, kReportId, kReportTasks };
+constexpr JsonKeys<4> kReportKeys{{"day", "generatedAt", "id", "tasks"}};
+
+bool decode(Decoder& d, DailyReport& report) {
+    return d.object("daily report", kReportKeys,
+                    bits({kReportDay, kReportGeneratedAt, kReportId, kReportTasks}),
+                    [&](int member) {
+                        switch (static_cast<ReportMember>(member)) {
+                        case kReportDay:
+                            return read(d, report.day);
+                        case kReportGeneratedAt:
+                            return read(d, report.generatedAt);
+                        case kReportId:
+                            return read(d, report.id);
+                        case kReportTasks:
+                            return read(d, report.tasks);
+                        }
+                        return false;
+                    });
+}
+
+// Reads the elements of a list from a given offset to the list's end on a thread of
+// its own, for a reader on another thread that will arrive there later.
+template <typename T>
+class ListReadAhead {
+public:
+    ListReadAhead(std::string_view text, std::size_t start, DateCoding dates)
+        : start_(start) {
+        thread_ = std::thread([this, text, dates] { read(text, dates); });
     }
-    if (!tasks || !tasks->IsArray()) {
-        return Error{"The state has no list of tasks."};
+    ~ListReadAhead() { stop(); }
+    ListReadAhead(const ListReadAhead&) = delete;
+    ListReadAhead& operator=(const ListReadAhead&) = delete;
+
+    std::size_t start() const { return start_; }
+    // Waits for the thread: the offset after the list's closing bracket when every
+    // element read without a fault.
+    std::optional<std::size_t> finish() {
+        thread_.join();
+        return end_;
     }
-    if (!preferences) {
-        return Error{"The state has no preferences."};
-    }
-    if (!reports || !reports->IsArray()) {
-        return Error{"The state has no list of reports."};
-    }
-    state.version = *version;
-    state.tasks.reserve(tasks->Size());
-    for (const auto& element : tasks->GetArray()) {
-        auto task = decodeTaskItem(element, dates);
-        if (!task) {
-            return Error{"Task " + std::to_string(state.tasks.size() + 1) + ": " + task.error()};
+    void stop() {
+        cancelled_ = true;
+        if (thread_.joinable()) {
+            thread_.join();
         }
-        state.tasks.push_back(std::move(task).value());
     }
-    auto prefs = decodePreferences(*preferences);
-    if (!prefs) {
-        return Error{prefs.error()};
-    }
-    state.preferences = std::move(prefs).value();
-    state.reports.reserve(reports->Size());
-    for (const auto& element : reports->GetArray()) {
-        auto report = decodeDailyReport(element, dates);
-        if (!report) {
-            return Error{"Report " + std::to_string(state.reports.size() + 1) + ": " +
-                         report.error()};
+    std::vector<T>& items() { return items_; }
+
+private:
+    void read(std::string_view text, DateCoding dates) {
+        JsonReader reader(text);
+        reader.rewind(start_);
+        Decoder d(reader, dates);
+        do {
+            if (cancelled_ || !decode(d, items_.emplace_back())) {
+                return;
+            }
+        } while (reader.nextElement());
+        if (!reader.hasSyntaxError()) {
+            end_ = reader.offset();
         }
-        state.reports.push_back(std::move(report).value());
     }
-    return state;
+
+    const std::size_t start_;
+    std::vector<T> items_;
+    std::optional<std::size_t> end_;
+    std::atomic<bool> cancelled_{false};
+    std::thread thread_;
+};
+
+template <typename T>
+Result<T> decodeOne(JsonReader& reader, DateCoding dates) {
+    Decoder d(reader, dates);
+    T value;
+    const bool decoded = decode(d, value);
+    return d.result(decoded, std::move(value));
+}
+
+// An array of records; the error names the element ("Task 3: ..."). With a read-ahead,
+// its elements are taken when this thread's reading arrives exactly where it began.
+template <typename T>
+Status decodeList(JsonReader& reader, DateCoding dates, const char* noun, const char* what,
+                  std::vector<T>& out, ListReadAhead<T>* readAhead = nullptr) {
+    Decoder d(reader, dates);
+    if (!reader.beginArray()) {
+        return Error{reader.hasSyntaxError() ? reader.syntaxError()
+                                             : std::string("The ") + what + " is not a list."};
+    }
+    while (reader.nextElement()) {
+        if (readAhead && reader.nextValueOffset() >= readAhead->start()) {
+            if (reader.offset() == readAhead->start()) {
+                if (const auto end = readAhead->finish()) {
+                    out.reserve(out.size() + readAhead->items().size());
+                    std::move(readAhead->items().begin(), readAhead->items().end(),
+                              std::back_inserter(out));
+                    reader.rewind(*end);
+                    return {};
+                }
+            }
+            readAhead->stop();
+            readAhead = nullptr;
+        }
+        if (!decode(d, out.emplace_back())) {
+            return Error{std::string(noun) + " " + std::to_string(out.size()) + ": " + d.error};
+        }
+    }
+    if (reader.hasSyntaxError()) {
+        return Error{reader.syntaxError()};
+    }
+    return {};
+}
+
+} // namespace
+
+std::optional<BudgetAlertSet> readBudgetAlertSet(JsonReader& reader) {
+    if (!reader.beginArray()) {
+        return std::nullopt;
+    }
+    BudgetAlertSet set;
+    while (reader.nextElement()) {
+        const auto text = reader.readStringView();
+        const auto kind = text ? budgetAlertKindFromRaw(*text) : std::nullopt;
+        if (!kind) {
+            return std::nullopt;
+        }
+        set.insert(*kind);
+    }
+    if (reader.hasSyntaxError()) {
+        return std::nullopt;
+    }
+    return set;
+}
+
+Result<ChecklistItem> decodeChecklistItem(JsonReader& reader) {
+    return decodeOne<ChecklistItem>(reader, DateCoding::iso8601);
+}
+
+Result<WorkSession> decodeWorkSession(JsonReader& reader, DateCoding dates) {
+    return decodeOne<WorkSession>(reader, dates);
+}
+
+Result<TaskItem> decodeTaskItem(JsonReader& reader, DateCoding dates) {
+    return decodeOne<TaskItem>(reader, dates);
+}
+
+Result<AppPreferences> decodePreferences(JsonReader& reader) {
+    return decodeOne<AppPreferences>(reader, DateCoding::iso8601);
+}
+
+Result<DailyTaskSummary> decodeDailyTaskSummary(JsonReader& reader) {
+    return decodeOne<DailyTaskSummary>(reader, DateCoding::iso8601);
+}
+
+Result<DailyReport> decodeDailyReport(JsonReader& reader, DateCoding dates) {
+    return decodeOne<DailyReport>(reader, dates);
+}
+
+// The read-ahead is a thread reading the second half of the list of tasks while this
+// thread reads the first half and what comes before it: loading the state file is what
+// every start of Daywyn waits for, and its tasks are nearly all of it.
+//
+// Where the second half starts is a guess made on the text alone: the first element
+// after the middle of the text that is introduced the way the list's first element
+// is (the same whitespace after a comma as after the opening bracket). It counts only
+// when this thread's own reading arrives at exactly that offset as the start of an
+// element of the list of tasks; then the helper read from the very place, in the very
+// state, that this thread would have, so its elements are the ones this thread would
+// have read. In every other case (a guess inside a string or a nested list, a helper
+// that met a fault) this thread reads on by itself and the helper's work is dropped.
+struct TaskListReadAhead {
+    ListReadAhead<TaskItem> list;
+    TaskListReadAhead(std::string_view text, std::size_t start)
+        : list(text, start, DateCoding::iso8601) {}
+};
+
+void TaskListReadAheadDeleter::operator()(TaskListReadAhead* readAhead) const {
+    delete readAhead;
+}
+
+TaskListReadAheadPtr startTaskListReadAhead(std::string_view text) {
+    if (text.size() < kReadAheadBytes || std::thread::hardware_concurrency() < 2) {
+        return nullptr;
+    }
+    // The list of a state file as its encoder writes it: a member of the outermost
+    // object, on a line of its own.
+    constexpr std::string_view kTasks = "\n  \"tasks\": [";
+    const std::size_t key = text.find(kTasks);
+    if (key == std::string_view::npos) {
+        return nullptr;
+    }
+    const std::size_t afterBracket = key + kTasks.size();
+    const std::size_t first = text.find_first_not_of(" \t\r\n", afterBracket);
+    if (first == std::string_view::npos || text[first] != '{') {
+        return nullptr;
+    }
+    std::string lead = ",";
+    lead.append(text.substr(afterBracket, first - afterBracket));
+    lead.push_back('{');
+    // A little short of the middle: this thread also reads the file and merges.
+    const std::size_t at = text.find(lead, std::max(first, text.size() / 20 * 9));
+    if (at == std::string_view::npos) {
+        return nullptr;
+    }
+    try {
+        return TaskListReadAheadPtr(new TaskListReadAhead(text, at + lead.size() - 1));
+    } catch (const std::system_error&) {
+        return nullptr; // no thread to spare: all of it is read on the caller's thread
+    }
+}
+
+Status decodeTaskList(JsonReader& reader, DateCoding dates, std::vector<TaskItem>& out,
+                      TaskListReadAhead* readAhead) {
+    return decodeList(reader, dates, "Task", "list of tasks", out,
+                      readAhead ? &readAhead->list : nullptr);
+}
+
+Status decodeReportList(JsonReader& reader, DateCoding dates, std::vector<DailyReport>& out) {
+    return decodeList(reader, dates, "Report", "list of reports", out);
 }
 
 } // namespace daywyn

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "base/Json.h"
+#include "base/JsonReader.h"
 #include "base/Result.h"
 #include "model/AppPreferences.h"
 #include "model/DailyReport.h"
@@ -31,22 +33,40 @@ void encodeRecord(Writer& w, const DailyReport& report, DateCoding dates);
 template <typename Writer>
 void encodeRecord(Writer& w, const PersistedStateView& state, DateCoding dates);
 
-// Decoding is strict for tasks and reports (a missing required key, a wrong type
-// or an unknown enumeration value fails the record) and lenient field by field for
-// preferences (a missing key takes its default; the older "dueNotificationsEnabled"
-// is read when "taskRemindersEnabled" is missing).
-Result<ChecklistItem> decodeChecklistItem(const rapidjson::Value& v);
-Result<WorkSession> decodeWorkSession(const rapidjson::Value& v, DateCoding dates);
-Result<TaskItem> decodeTaskItem(const rapidjson::Value& v, DateCoding dates);
-Result<AppPreferences> decodePreferences(const rapidjson::Value& v);
-Result<DailyTaskSummary> decodeDailyTaskSummary(const rapidjson::Value& v);
-Result<DailyReport> decodeDailyReport(const rapidjson::Value& v, DateCoding dates);
-// The current format: "version", "tasks", "preferences" and "reports", all required.
-Result<PersistedState> decodePersistedState(const rapidjson::Value& v, DateCoding dates);
+// Decoding reads one value at the reader's position. It is strict for tasks and
+// reports (a missing required key, a wrong type or an unknown enumeration value fails
+// the record) and lenient field by field for preferences (a missing or null key takes
+// its default; the older "dueNotificationsEnabled" is read when "taskRemindersEnabled"
+// is missing). Null stands for an absent optional value; unknown keys are skipped, and
+// of a repeated key the first counts.
+Result<ChecklistItem> decodeChecklistItem(JsonReader& reader);
+Result<WorkSession> decodeWorkSession(JsonReader& reader, DateCoding dates);
+Result<TaskItem> decodeTaskItem(JsonReader& reader, DateCoding dates);
+Result<AppPreferences> decodePreferences(JsonReader& reader);
+Result<DailyTaskSummary> decodeDailyTaskSummary(JsonReader& reader);
+Result<DailyReport> decodeDailyReport(JsonReader& reader, DateCoding dates);
+// A second thread reading the later half of a state file's list of tasks ahead of
+// decodeTaskList(), which takes what it read once its own reading arrives there.
+struct TaskListReadAhead;
+struct TaskListReadAheadDeleter {
+    void operator()(TaskListReadAhead* readAhead) const;
+};
+using TaskListReadAheadPtr = std::unique_ptr<TaskListReadAhead, TaskListReadAheadDeleter>;
+// Texts shorter than this are read on one thread: starting one costs more.
+inline constexpr std::size_t kReadAheadBytes = 256 * 1024;
+// Null when the text is short, the machine has one core, or the text does not look
+// like a state file written by encodeStateFile().
+TaskListReadAheadPtr startTaskListReadAhead(std::string_view stateText);
+
+// A JSON array of tasks or reports, appended to `out`; the error names the element
+// ("Task 3: The task has no "id".").
+Status decodeTaskList(JsonReader& reader, DateCoding dates, std::vector<TaskItem>& out,
+                      TaskListReadAhead* readAhead = nullptr);
+Status decodeReportList(JsonReader& reader, DateCoding dates, std::vector<DailyReport>& out);
 
 // A JSON array of BudgetAlertKind raw values as a set; absent when anything in it is
 // not one of them.
-std::optional<BudgetAlertSet> readBudgetAlertSet(const rapidjson::Value& v);
+std::optional<BudgetAlertSet> readBudgetAlertSet(JsonReader& reader);
 
 // A whole state as the state file writes it: pretty, sorted keys, ISO dates.
 std::string encodeStateFile(const PersistedStateView& state);

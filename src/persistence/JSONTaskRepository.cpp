@@ -9,10 +9,9 @@
 #include <unistd.h>
 #include <vector>
 
-#include "base/Json.h"
 #include "model/RecordJson.h"
 #include "persistence/AtomicFile.h"
-#include "persistence/LegacyPersistedState.h"
+#include "persistence/StateFileDecoding.h"
 
 namespace daywyn {
 
@@ -40,55 +39,6 @@ std::string homeFolder(const JSONTaskRepository::Environment& environment) {
         return found->pw_dir;
     }
     return {};
-}
-
-// True when the bytes are well-formed UTF-8 (no overlong forms, surrogates or code
-// points above U+10FFFF). Checked once over the whole file, with a fast path for runs
-// of ASCII, because the parser's own per-string check costs about a third of a load.
-bool isValidUtf8(std::string_view text) {
-    const auto* p = reinterpret_cast<const unsigned char*>(text.data());
-    const auto* const end = p + text.size();
-    while (p < end) {
-        if (end - p >= 8) {
-            std::uint64_t word;
-            std::memcpy(&word, p, 8);
-            if ((word & 0x8080808080808080ULL) == 0) {
-                p += 8;
-                continue;
-            }
-        }
-        const unsigned char c = *p;
-        if (c < 0x80) {
-            ++p;
-            continue;
-        }
-        int length;
-        unsigned char low = 0x80;
-        unsigned char high = 0xBF;
-        if (c >= 0xC2 && c <= 0xDF) {
-            length = 2;
-        } else if (c >= 0xE0 && c <= 0xEF) {
-            length = 3;
-            low = c == 0xE0 ? 0xA0 : 0x80;
-            high = c == 0xED ? 0x9F : 0xBF;
-        } else if (c >= 0xF0 && c <= 0xF4) {
-            length = 4;
-            low = c == 0xF0 ? 0x90 : 0x80;
-            high = c == 0xF4 ? 0x8F : 0xBF;
-        } else {
-            return false;
-        }
-        if (end - p < length || p[1] < low || p[1] > high) {
-            return false;
-        }
-        for (int i = 2; i < length; ++i) {
-            if ((p[i] & 0xC0) != 0x80) {
-                return false;
-            }
-        }
-        p += length;
-    }
-    return true;
 }
 
 } // namespace
@@ -180,32 +130,14 @@ Result<std::optional<PersistedState>> JSONTaskRepository::load() {
     if (fs_->readFile(filePath_, bytes) != 0) {
         return moveAside();
     }
-    // Parsed in place (strings point into `bytes`), after one check of the whole
-    // buffer for UTF-8; a NUL would end an in-place parse early, and is never valid here.
-    if (bytes.find('\0') != std::string::npos || !isValidUtf8(bytes)) {
+    auto decoded = decodeStateFile(bytes);
+    if (!decoded) {
         return moveAside();
     }
-    rapidjson::Document document;
-    if (!parseJsonInPlace(bytes, document)) {
-        return moveAside();
+    if (auto* legacy = std::get_if<LegacyPersistedState>(&decoded.value())) {
+        return std::optional<PersistedState>(legacy->migrated(now_()));
     }
-    const rapidjson::Value* versionValue = findMember(document, "version");
-    const std::optional<long long> version = versionValue ? readInt64(*versionValue) : std::nullopt;
-    if (!version) {
-        return moveAside();
-    }
-    if (*version >= PersistedState::kCurrentVersion) {
-        auto state = decodePersistedState(document, DateCoding::iso8601);
-        if (!state) {
-            return moveAside();
-        }
-        return std::optional<PersistedState>(std::move(state).value());
-    }
-    auto legacy = LegacyPersistedState::decode(document);
-    if (!legacy) {
-        return moveAside();
-    }
-    return std::optional<PersistedState>(legacy.value().migrated(now_()));
+    return std::optional<PersistedState>(std::get<PersistedState>(std::move(decoded).value()));
 }
 
 Status JSONTaskRepository::save(const PersistedStateView& state) {

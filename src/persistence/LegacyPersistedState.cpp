@@ -1,103 +1,111 @@
 #include "persistence/LegacyPersistedState.h"
 
-#include "base/Json.h"
+#include <cstdint>
+
+#include "base/JsonReader.h"
 #include "model/RecordJson.h"
 
 namespace daywyn {
 
 namespace {
 
-// Reads the members of one legacy task, remembering the first problem.
-class LegacyReader {
-public:
-    explicit LegacyReader(const rapidjson::Value& object)
-        : object_(object)
-        , ok_(object.IsObject()) {}
-
-    bool ok() const { return ok_; }
-
-    template <typename Read>
-    auto required(std::string_view key, Read read) {
-        decltype(read(object_)) value;
-        if (ok_) {
-            const rapidjson::Value* v = findMember(object_, key);
-            value = v ? read(*v) : std::nullopt;
-            ok_ = value.has_value();
-        }
-        return value;
-    }
-
-    // Missing or null gives absent; present with another type fails.
-    template <typename Read>
-    auto optional(std::string_view key, Read read) {
-        decltype(read(object_)) value;
-        if (ok_) {
-            const rapidjson::Value* v = findMember(object_, key);
-            if (v && !v->IsNull()) {
-                value = read(*v);
-                ok_ = value.has_value();
-            }
-        }
-        return value;
-    }
-
-private:
-    const rapidjson::Value& object_;
-    bool ok_;
+enum LegacyMember {
+    kDueDate,
+    kElapsedBeforeCurrentRun,
+    kEstimatedMinutes,
+    kId,
+    kIsComplete,
+    kScheduledBudgetAlerts,
+    kScheduledDueDate,
+    kStartedAt,
+    kTitle,
 };
+constexpr JsonKeys<9> kLegacyKeys{{
+    "dueDate",
+    "elapsedBeforeCurrentRun",
+    "estimatedMinutes",
+    "id",
+    "isComplete",
+    "scheduledBudgetAlerts",
+    "scheduledDueDate",
+    "startedAt",
+    "title",
+}};
+constexpr std::uint32_t kLegacyRequired =
+    (1u << kElapsedBeforeCurrentRun) | (1u << kEstimatedMinutes) | (1u << kId) |
+    (1u << kIsComplete) | (1u << kScheduledBudgetAlerts) | (1u << kTitle);
 
-std::optional<Instant> readIsoDate(const rapidjson::Value& v) {
-    return readDate(v, DateCoding::iso8601);
+// Missing or null gives absent; any other value must be an ISO date.
+bool readOptionalDate(JsonReader& r, std::optional<Instant>& out) {
+    if (r.readNull()) {
+        return true;
+    }
+    out = r.readStringAs(kIsoTextLength, parseIsoText);
+    return out.has_value();
 }
 
-std::optional<LegacyTaskItem> decodeLegacyTask(const rapidjson::Value& v) {
-    LegacyReader r(v);
-    auto id = r.required("id", readUuid);
-    auto title = r.required("title", readString);
-    auto estimate = r.required("estimatedMinutes", readInt64);
-    auto dueDate = r.optional("dueDate", readIsoDate);
-    auto elapsed = r.required("elapsedBeforeCurrentRun", readDouble);
-    auto startedAt = r.optional("startedAt", readIsoDate);
-    auto isComplete = r.required("isComplete", readBool);
-    auto alerts = r.required("scheduledBudgetAlerts", readBudgetAlertSet);
-    auto scheduledDueDate = r.optional("scheduledDueDate", readIsoDate);
-    if (!r.ok()) {
-        return std::nullopt;
-    }
-    return LegacyTaskItem{*id,       std::move(*title), *estimate, dueDate,         *elapsed,
-                          startedAt, *isComplete,       *alerts,   scheduledDueDate};
+bool decodeLegacyTask(JsonReader& r, LegacyTaskItem& task) {
+    const JsonObjectRead read = readJsonObject(r, kLegacyKeys, [&](int member) {
+        switch (static_cast<LegacyMember>(member)) {
+        case kElapsedBeforeCurrentRun: {
+            const auto elapsed = r.readDouble();
+            task.elapsedBeforeCurrentRun = elapsed.value_or(0.0);
+            return elapsed.has_value();
+        }
+        case kDueDate:
+            return readOptionalDate(r, task.dueDate);
+        case kEstimatedMinutes: {
+            const auto minutes = r.readInt64();
+            task.estimatedMinutes = minutes.value_or(0);
+            return minutes.has_value();
+        }
+        case kId: {
+            const auto id = r.readStringAs(kUuidTextLength, Uuid::parse);
+            task.id = id.value_or(Uuid{});
+            return id.has_value();
+        }
+        case kIsComplete: {
+            const auto complete = r.readBool();
+            task.isComplete = complete.value_or(false);
+            return complete.has_value();
+        }
+        case kScheduledBudgetAlerts: {
+            const auto alerts = readBudgetAlertSet(r);
+            task.scheduledBudgetAlerts = alerts.value_or(BudgetAlertSet{});
+            return alerts.has_value();
+        }
+        case kScheduledDueDate:
+            return readOptionalDate(r, task.scheduledDueDate);
+        case kStartedAt:
+            return readOptionalDate(r, task.startedAt);
+        case kTitle: {
+            const auto title = r.readStringView();
+            task.title.assign(title.value_or(std::string_view{}));
+            return title.has_value();
+        }
+        }
+        return false;
+    });
+    return read.ok() && read.firstMissing(kLegacyRequired) < 0;
 }
 
 } // namespace
 
-Result<LegacyPersistedState> LegacyPersistedState::decode(const rapidjson::Value& document) {
-    LegacyReader r(document);
-    auto version = r.required("version", readInt64);
-    if (!r.ok()) {
-        return Error{"The old-format state has no version."};
+Status LegacyPersistedState::decodeTasks(JsonReader& reader, std::vector<LegacyTaskItem>& out) {
+    if (!reader.beginArray()) {
+        return Error{"The old-format state has no list of tasks."};
     }
-    const rapidjson::Value* tasks = findMember(document, "tasks");
-    const rapidjson::Value* preferences = findMember(document, "preferences");
-    if (!tasks || !tasks->IsArray() || !preferences) {
-        return Error{"The old-format state lacks its tasks or preferences."};
-    }
-    LegacyPersistedState state;
-    state.version = *version;
-    state.tasks.reserve(tasks->Size());
-    for (const auto& element : tasks->GetArray()) {
-        auto task = decodeLegacyTask(element);
-        if (!task) {
-            return Error{"Old-format task " + std::to_string(state.tasks.size() + 1) +
-                         " is not valid."};
+    while (reader.nextElement()) {
+        if (!decodeLegacyTask(reader, out.emplace_back())) {
+            return Error{reader.hasSyntaxError()
+                             ? reader.syntaxError()
+                             : "Old-format task " + std::to_string(out.size()) + " is not valid."};
         }
-        state.tasks.push_back(std::move(*task));
     }
-    auto prefs = decodePreferences(*preferences);
-    if (!prefs) {
-        return Error{prefs.error()};
+    if (reader.hasSyntaxError()) {
+        return Error{reader.syntaxError()};
     }
-    state.preferences = std::move(prefs).value();
-    return state;
+    return {};
 }
 
 PersistedState LegacyPersistedState::migrated(Instant t) const {

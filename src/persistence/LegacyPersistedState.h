@@ -4,9 +4,8 @@
 #include <string>
 #include <vector>
 
-#include <rapidjson/document.h>
-
 #include "base/Instant.h"
+#include "base/JsonReader.h"
 #include "base/Result.h"
 #include "base/Uuid.h"
 #include "model/AppPreferences.h"
@@ -37,9 +36,10 @@ struct LegacyPersistedState {
     AppPreferences preferences;
     bool operator==(const LegacyPersistedState&) const = default;
 
-    // Decodes the format from a parsed document (ISO dates); every required member
-    // must be present and of the right type, or the whole file fails.
-    static Result<LegacyPersistedState> decode(const rapidjson::Value& document);
+    // Decodes the format's list of tasks at the reader's position (ISO dates), appending
+    // to `out`; every required member must be present and of the right type, or the
+    // whole list fails.
+    static Status decodeTasks(JsonReader& reader, std::vector<LegacyTaskItem>& out);
 
     // The same data in the current format at instant t: tasks created (and, when done,
     // completed) at t, the earlier work as one session ending where the running timer

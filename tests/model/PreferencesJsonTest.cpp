@@ -5,8 +5,9 @@
 namespace daywyn {
 namespace {
 
-Result<AppPreferences> decode(const char* json) {
-    return decodePreferences(parseJson(json).value());
+Result<AppPreferences> decode(std::string_view json) {
+    JsonReader reader(json);
+    return decodePreferences(reader);
 }
 
 std::string encode(const AppPreferences& p) {
@@ -65,7 +66,7 @@ TEST(PreferencesJson, EveryFieldRoundTrips) {
     p.calendarIntegrationEnabled = true;
     p.selectedCalendarIdentifiers = {"work", "Ünïcode"};
     p.edgeAnchor = EdgeAnchor::leftCenter;
-    auto back = decodePreferences(parseJson(encode(p)).value());
+    auto back = decode(encode(p));
     ASSERT_TRUE(back.ok());
     EXPECT_EQ(back.value(), p);
 }

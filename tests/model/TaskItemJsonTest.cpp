@@ -16,12 +16,24 @@ std::string encodePretty(const TaskItem& task) {
     return buffer.GetString();
 }
 
-Result<TaskItem> decode(std::string_view json) {
-    auto document = parseJson(json);
-    if (!document) {
-        return Error{document.error()};
+// One whole document holding one record.
+template <typename Decode>
+auto decodeWhole(std::string_view json, Decode decode)
+    -> decltype(decode(std::declval<JsonReader&>())) {
+    JsonReader reader(json);
+    auto record = decode(reader);
+    if (record && !reader.atEnd()) {
+        return Error{reader.syntaxError()};
     }
-    return decodeTaskItem(document.value(), DateCoding::iso8601);
+    return record;
+}
+
+Result<TaskItem> decode(std::string_view json) {
+    return decodeWhole(json, [](JsonReader& r) { return decodeTaskItem(r, DateCoding::iso8601); });
+}
+
+Result<DailyTaskSummary> decodeSummary(std::string_view json) {
+    return decodeWhole(json, [](JsonReader& r) { return decodeDailyTaskSummary(r); });
 }
 
 std::string compact(const rapidjson::Document& document) {
@@ -160,7 +172,7 @@ TEST(TaskItemJson, DoublesComeBackBitIdentical) {
         JsonBuffer buffer;
         CompactJsonWriter writer(buffer);
         encodeRecord(writer, summary);
-        auto back = decodeDailyTaskSummary(parseJson(buffer.GetString()).value());
+        auto back = decodeSummary(buffer.GetString());
         ASSERT_TRUE(back.ok());
         EXPECT_EQ(back->actualSeconds, v);
     }
@@ -169,13 +181,9 @@ TEST(TaskItemJson, DoublesComeBackBitIdentical) {
 TEST(TaskItemJson, NumbersReadExactlyWhateverTheyLookLike) {
     const auto actual = [](const std::string& number) -> std::optional<double> {
         // The id holds "-0E4", which once fooled a scan for zeros with exponents.
-        auto document = parseJson(R"({"id":"E621E1F8-C36C-495A-0E4C-0C247A3E6E5F","title":"x",)"
-                                  R"("wasComplete":true,"actualSeconds":)" +
-                                  number + "}");
-        if (!document) {
-            return std::nullopt;
-        }
-        auto summary = decodeDailyTaskSummary(document.value());
+        auto summary = decodeSummary(R"({"id":"E621E1F8-C36C-495A-0E4C-0C247A3E6E5F","title":"x",)"
+                                     R"("wasComplete":true,"actualSeconds":)" +
+                                     number + "}");
         return summary ? std::optional(summary->actualSeconds) : std::nullopt;
     };
     const struct {

@@ -91,15 +91,22 @@ TEST(TaskDataExport, JsonHoldsTasksAndReportsInStoreOrderLikeTheStateFile) {
     EXPECT_EQ(json.rfind("{\n  \"exportedAt\": \"2026-11-01T05:30:00Z\",\n  \"reports\": [", 0),
               0u);
     EXPECT_LT(json.find("\n  \"schemaVersion\": 1,\n"), json.find("\n  \"tasks\": ["));
-    auto document = parseJson(json);
-    ASSERT_TRUE(document.ok());
-    const auto& tasks = document.value()["tasks"];
-    ASSERT_EQ(tasks.Size(), state.tasks.size());
-    for (rapidjson::SizeType i = 0; i < tasks.Size(); ++i) {
-        EXPECT_EQ(decodeTaskItem(tasks[i], DateCoding::iso8601).value(), state.tasks[i]);
+    JsonReader reader(json);
+    std::vector<TaskItem> tasks;
+    std::vector<DailyReport> reports;
+    ASSERT_TRUE(reader.beginObject());
+    for (std::string_view key; reader.nextKey(key);) {
+        if (key == "tasks") {
+            ASSERT_TRUE(decodeTaskList(reader, DateCoding::iso8601, tasks).ok());
+        } else if (key == "reports") {
+            ASSERT_TRUE(decodeReportList(reader, DateCoding::iso8601, reports).ok());
+        } else {
+            ASSERT_TRUE(reader.skipValue());
+        }
     }
-    EXPECT_EQ(decodeDailyReport(document.value()["reports"][0], DateCoding::iso8601).value(),
-              state.reports[0]);
+    ASSERT_TRUE(reader.atEnd());
+    EXPECT_EQ(tasks, state.tasks);
+    EXPECT_EQ(reports, state.reports);
     const std::string csv = data.csv();
     EXPECT_LT(csv.find(state.tasks[0].id.text()), csv.find(state.tasks[1].id.text()));
 }
