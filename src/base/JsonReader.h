@@ -75,10 +75,6 @@ public:
         , p_(text.data())
         , end_(text.data() + text.size()) {}
 
-    enum class Type { null, boolean, number, string, array, object, invalid };
-    // The type of the next value, judged by its first character.
-    Type peek();
-
     // An object: beginObject() enters it (false when the next value is not one);
     // nextKey() then gives each key and leaves the reader at that key's value, which
     // must be read or skipped before the next call. It returns false after the
@@ -110,6 +106,7 @@ public:
     auto readStringAs(std::size_t length, Parse parse) -> decltype(parse(std::string_view{}));
     // Integers must be written as integers (no fraction, no exponent) and fit 64 bits.
     std::optional<std::int64_t> readInt64();
+    // Any number a double can hold (one too large to be a double has another type).
     std::optional<double> readDouble();
 
     // Skips one value of any type and depth, checking its syntax.

@@ -1,13 +1,7 @@
 #include "model/RecordJson.h"
 
-#include <algorithm>
-#include <atomic>
 #include <climits>
 #include <cstdint>
-#include <iterator>
-#include <memory>
-#include <system_error>
-#include <thread>
 #include <tuple>
 #include <type_traits>
 
@@ -710,56 +704,6 @@ bool decode(Decoder& d, DailyReport& report) {
                     });
 }
 
-// Reads the elements of a list from a given offset to the list's end on a thread of
-// its own, for a reader on another thread that will arrive there later.
-template <typename T>
-class ListReadAhead {
-public:
-    ListReadAhead(std::string_view text, std::size_t start, DateCoding dates)
-        : start_(start) {
-        thread_ = std::thread([this, text, dates] { read(text, dates); });
-    }
-    ~ListReadAhead() { stop(); }
-    ListReadAhead(const ListReadAhead&) = delete;
-    ListReadAhead& operator=(const ListReadAhead&) = delete;
-
-    std::size_t start() const { return start_; }
-    // Waits for the thread: the offset after the list's closing bracket when every
-    // element read without a fault.
-    std::optional<std::size_t> finish() {
-        thread_.join();
-        return end_;
-    }
-    void stop() {
-        cancelled_ = true;
-        if (thread_.joinable()) {
-            thread_.join();
-        }
-    }
-    std::vector<T>& items() { return items_; }
-
-private:
-    void read(std::string_view text, DateCoding dates) {
-        JsonReader reader(text);
-        reader.rewind(start_);
-        Decoder d(reader, dates);
-        do {
-            if (cancelled_ || !decode(d, items_.emplace_back())) {
-                return;
-            }
-        } while (reader.nextElement());
-        if (!reader.hasSyntaxError()) {
-            end_ = reader.offset();
-        }
-    }
-
-    const std::size_t start_;
-    std::vector<T> items_;
-    std::optional<std::size_t> end_;
-    std::atomic<bool> cancelled_{false};
-    std::thread thread_;
-};
-
 template <typename T>
 Result<T> decodeOne(JsonReader& reader, DateCoding dates) {
     Decoder d(reader, dates);
@@ -768,30 +712,16 @@ Result<T> decodeOne(JsonReader& reader, DateCoding dates) {
     return d.result(decoded, std::move(value));
 }
 
-// An array of records; the error names the element ("Task 3: ..."). With a read-ahead,
-// its elements are taken when this thread's reading arrives exactly where it began.
+// An array of records; the error names the element ("Task 3: ...").
 template <typename T>
 Status decodeList(JsonReader& reader, DateCoding dates, const char* noun, const char* what,
-                  std::vector<T>& out, ListReadAhead<T>* readAhead = nullptr) {
+                  std::vector<T>& out) {
     Decoder d(reader, dates);
     if (!reader.beginArray()) {
         return Error{reader.hasSyntaxError() ? reader.syntaxError()
                                              : std::string("The ") + what + " is not a list."};
     }
     while (reader.nextElement()) {
-        if (readAhead && reader.nextValueOffset() >= readAhead->start()) {
-            if (reader.offset() == readAhead->start()) {
-                if (const auto end = readAhead->finish()) {
-                    out.reserve(out.size() + readAhead->items().size());
-                    std::move(readAhead->items().begin(), readAhead->items().end(),
-                              std::back_inserter(out));
-                    reader.rewind(*end);
-                    return {};
-                }
-            }
-            readAhead->stop();
-            readAhead = nullptr;
-        }
         if (!decode(d, out.emplace_back())) {
             return Error{std::string(noun) + " " + std::to_string(out.size()) + ": " + d.error};
         }
@@ -847,63 +777,27 @@ Result<DailyReport> decodeDailyReport(JsonReader& reader, DateCoding dates) {
     return decodeOne<DailyReport>(reader, dates);
 }
 
-// The read-ahead is a thread reading the second half of the list of tasks while this
-// thread reads the first half and what comes before it: loading the state file is what
-// every start of Daywyn waits for, and its tasks are nearly all of it.
-//
-// Where the second half starts is a guess made on the text alone: the first element
-// after the middle of the text that is introduced the way the list's first element
-// is (the same whitespace after a comma as after the opening bracket). It counts only
-// when this thread's own reading arrives at exactly that offset as the start of an
-// element of the list of tasks; then the helper read from the very place, in the very
-// state, that this thread would have, so its elements are the ones this thread would
-// have read. In every other case (a guess inside a string or a nested list, a helper
-// that met a fault) this thread reads on by itself and the helper's work is dropped.
-struct TaskListReadAhead {
-    ListReadAhead<TaskItem> list;
-    TaskListReadAhead(std::string_view text, std::size_t start)
-        : list(text, start, DateCoding::iso8601) {}
-};
-
-void TaskListReadAheadDeleter::operator()(TaskListReadAhead* readAhead) const {
-    delete readAhead;
+Status decodeTaskList(JsonReader& reader, DateCoding dates, std::vector<TaskItem>& out) {
+    return decodeList(reader, dates, "Task", "list of tasks", out);
 }
 
-TaskListReadAheadPtr startTaskListReadAhead(std::string_view text) {
-    if (text.size() < kReadAheadBytes || std::thread::hardware_concurrency() < 2) {
-        return nullptr;
-    }
-    // The list of a state file as its encoder writes it: a member of the outermost
-    // object, on a line of its own.
-    constexpr std::string_view kTasks = "\n  \"tasks\": [";
-    const std::size_t key = text.find(kTasks);
-    if (key == std::string_view::npos) {
-        return nullptr;
-    }
-    const std::size_t afterBracket = key + kTasks.size();
-    const std::size_t first = text.find_first_not_of(" \t\r\n", afterBracket);
-    if (first == std::string_view::npos || text[first] != '{') {
-        return nullptr;
-    }
-    std::string lead = ",";
-    lead.append(text.substr(afterBracket, first - afterBracket));
-    lead.push_back('{');
-    // A little short of the middle: this thread also reads the file and merges.
-    const std::size_t at = text.find(lead, std::max(first, text.size() / 20 * 9));
-    if (at == std::string_view::npos) {
-        return nullptr;
-    }
-    try {
-        return TaskListReadAheadPtr(new TaskListReadAhead(text, at + lead.size() - 1));
-    } catch (const std::system_error&) {
-        return nullptr; // no thread to spare: all of it is read on the caller's thread
-    }
-}
-
-Status decodeTaskList(JsonReader& reader, DateCoding dates, std::vector<TaskItem>& out,
-                      TaskListReadAhead* readAhead) {
-    return decodeList(reader, dates, "Task", "list of tasks", out,
-                      readAhead ? &readAhead->list : nullptr);
+Status decodeTaskRun(JsonReader& reader, DateCoding dates, std::vector<TaskItem>& out,
+                     std::size_t stopAt, bool& ended) {
+    Decoder d(reader, dates);
+    ended = false;
+    do {
+        if (!decode(d, out.emplace_back())) {
+            return Error{"Task " + std::to_string(out.size()) + ": " + d.error};
+        }
+        if (!reader.nextElement()) {
+            if (reader.hasSyntaxError()) {
+                return Error{reader.syntaxError()};
+            }
+            ended = true;
+            return {};
+        }
+    } while (reader.nextValueOffset() < stopAt);
+    return {};
 }
 
 Status decodeReportList(JsonReader& reader, DateCoding dates, std::vector<DailyReport>& out) {

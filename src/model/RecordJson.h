@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "base/Json.h"
@@ -45,23 +44,15 @@ Result<TaskItem> decodeTaskItem(JsonReader& reader, DateCoding dates);
 Result<AppPreferences> decodePreferences(JsonReader& reader);
 Result<DailyTaskSummary> decodeDailyTaskSummary(JsonReader& reader);
 Result<DailyReport> decodeDailyReport(JsonReader& reader, DateCoding dates);
-// A second thread reading the later half of a state file's list of tasks ahead of
-// decodeTaskList(), which takes what it read once its own reading arrives there.
-struct TaskListReadAhead;
-struct TaskListReadAheadDeleter {
-    void operator()(TaskListReadAhead* readAhead) const;
-};
-using TaskListReadAheadPtr = std::unique_ptr<TaskListReadAhead, TaskListReadAheadDeleter>;
-// Texts shorter than this are read on one thread: starting one costs more.
-inline constexpr std::size_t kReadAheadBytes = 256 * 1024;
-// Null when the text is short, the machine has one core, or the text does not look
-// like a state file written by encodeStateFile().
-TaskListReadAheadPtr startTaskListReadAhead(std::string_view stateText);
-
 // A JSON array of tasks or reports, appended to `out`; the error names the element
 // ("Task 3: The task has no "id".").
-Status decodeTaskList(JsonReader& reader, DateCoding dates, std::vector<TaskItem>& out,
-                      TaskListReadAhead* readAhead = nullptr);
+Status decodeTaskList(JsonReader& reader, DateCoding dates, std::vector<TaskItem>& out);
+// A run of a list of tasks, for reading one list on several threads: from an element
+// starting at the reader's position, every element up to the first one that would
+// start at or after the offset stopAt, appended to `out`. `ended` tells whether the
+// list's closing bracket was read. Errors count elements from the first of `out`.
+Status decodeTaskRun(JsonReader& reader, DateCoding dates, std::vector<TaskItem>& out,
+                     std::size_t stopAt, bool& ended);
 Status decodeReportList(JsonReader& reader, DateCoding dates, std::vector<DailyReport>& out);
 
 // A JSON array of BudgetAlertKind raw values as a set; absent when anything in it is

@@ -5,6 +5,7 @@
 
 #include "base/JsonReader.h"
 #include "model/RecordJson.h"
+#include "persistence/TaskListReadAhead.h"
 
 namespace daywyn {
 
@@ -24,7 +25,7 @@ struct Member {
 // an old one are the remembered members read again in the earlier format.
 Result<DecodedStateFile> decodeStateFile(std::string_view bytes) {
     JsonReader reader(bytes);
-    const TaskListReadAheadPtr readAhead = startTaskListReadAhead(bytes);
+    const auto readAhead = TaskListReadAhead::start(bytes);
     PersistedState state;
     Member tasks;
     Member preferences;
@@ -54,7 +55,8 @@ Result<DecodedStateFile> decodeStateFile(std::string_view bytes) {
         bool ok = true;
         if (name == "tasks") {
             ok = decodeMember(tasks, [&] {
-                return decodeTaskList(reader, DateCoding::iso8601, state.tasks, readAhead.get())
+                return (readAhead ? readAhead->decode(reader, state.tasks)
+                                  : decodeTaskList(reader, DateCoding::iso8601, state.tasks))
                     .ok();
             });
         } else if (name == "preferences") {
