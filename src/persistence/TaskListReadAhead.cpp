@@ -15,10 +15,6 @@ namespace daywyn {
 
 namespace {
 
-// About 150 tasks as the encoder writes them: small enough that a thread waiting for
-// the other's last run waits little, large enough that guessing costs nothing.
-constexpr std::size_t kRunBytes = 128 * 1024;
-
 // Room for a run's tasks before they are read, so that the list is not moved as it
 // grows: generous (a task as the encoder writes it takes 300 bytes or more), and room
 // never used costs address space only, as its pages are never touched.
@@ -80,8 +76,8 @@ struct TaskListReadAhead::Shared {
     }
 };
 
-std::unique_ptr<TaskListReadAhead> TaskListReadAhead::start(std::string_view text,
-                                                            std::size_t minimumBytes) {
+std::unique_ptr<TaskListReadAhead>
+TaskListReadAhead::start(std::string_view text, std::size_t minimumBytes, std::size_t runBytes) {
     if (text.size() < minimumBytes || std::thread::hardware_concurrency() < 2) {
         return nullptr;
     }
@@ -104,7 +100,7 @@ std::unique_ptr<TaskListReadAhead> TaskListReadAhead::start(std::string_view tex
     auto shared = std::make_shared<Shared>();
     shared->text = text;
     shared->runs.emplace_back().start = first;
-    for (std::size_t from = first + kRunBytes; from < text.size(); from += kRunBytes) {
+    for (std::size_t from = first + runBytes; from < text.size(); from += runBytes) {
         const std::size_t found = text.find(lead, from);
         if (found == std::string_view::npos) {
             break;

@@ -31,11 +31,15 @@ class TaskListReadAhead {
 public:
     // Texts shorter than this are read on one thread: starting one costs more.
     static constexpr std::size_t kMinimumBytes = 256 * 1024;
+    // About 150 tasks as the encoder writes them: small enough that a thread waiting
+    // for the other's last run waits little, large enough that guessing costs nothing.
+    static constexpr std::size_t kRunBytes = 128 * 1024;
 
     // Null when the text is short, the machine has one core, or the text does not look
     // like a state file as the encoder writes it.
     static std::unique_ptr<TaskListReadAhead> start(std::string_view stateText,
-                                                    std::size_t minimumBytes = kMinimumBytes);
+                                                    std::size_t minimumBytes = kMinimumBytes,
+                                                    std::size_t runBytes = kRunBytes);
     ~TaskListReadAhead();
     TaskListReadAhead(const TaskListReadAhead&) = delete;
     TaskListReadAhead& operator=(const TaskListReadAhead&) = delete;
