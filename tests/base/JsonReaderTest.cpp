@@ -23,6 +23,8 @@ bool wellFormed(std::string_view text) {
 
 TEST(JsonReaderTest, AcceptsWellFormedDocuments) {
     const std::string accepted[] = {
+        // Numbers, literals, containers and whitespace; escapes of every kind; raw 2-, 3-
+        // and 4-byte UTF-8 up to U+10FFFF; DEL, which need not be escaped.
         "0",
         "-0",
         "1.5e+3",
@@ -30,18 +32,17 @@ TEST(JsonReaderTest, AcceptsWellFormedDocuments) {
         "true",
         "null",
         R"("")",
-        " \t\r\n[ ] \n",
+        " \t\r\n[ ] \r\n ",
         "{}",
         R"({"a":{"b":[1,[2,[3,{}]],"c"]},"d":false})",
         "[1,-2,3.5,\"x\",null,true,false,{},[]]",
         "{ \"a\" : 1 , \"b\" : [ 2 , 3 ] }",
         R"("\"\\\/\b\f\n\r\t\u00e9\uD83D\uDE00\u0000")",
-        R"("\uDBFF\uDFFF")",                             // U+10FFFF, the highest code point
-        "\"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80\"", // raw 2-, 3- and 4-byte UTF-8
-        "\"\xEF\xBF\xBF\xF4\x8F\xBF\xBF\"",              // U+FFFF and U+10FFFF raw
-        "\"\x7F\"",                                      // DEL need not be escaped
-        "\"" + std::string(100, 'a') + "\\n" + std::string(100, 'b') + "\"",
-    };
+        R"("\uDBFF\uDFFF")",
+        "\"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80\"",
+        "\"\xEF\xBF\xBF\xF4\x8F\xBF\xBF\"",
+        "\"\x7F\"",
+        R"("a string longer than a few sixteen-byte steps, \n with \"escapes\" late in it")"};
     for (const auto& text : accepted) {
         SCOPED_TRACE(text);
         JsonReader reader(text);
@@ -53,83 +54,26 @@ TEST(JsonReaderTest, AcceptsWellFormedDocuments) {
 
 TEST(JsonReaderTest, RefusesMalformedDocuments) {
     const std::string refused[] = {
-        "",
-        "   ",
-        "[1,]",
-        R"({"a":1,})",
-        "[,1]",
-        "{,}",
-        "[1 2]",
-        R"({"a" 1})",
-        R"({"a":})",
-        R"({a:1})",
-        R"({'a':1})",
-        "01",
-        "-01",
-        "-",
-        "1.",
-        ".5",
-        "+1",
-        "1e",
-        "1e+",
-        "0x10",
-        "NaN",
-        "Infinity",
-        "nul",
-        "True",
-        "[1] x",
-        "{} {}",
-        "\"open",
-        "[1, 2",
-        R"({"a": 1)",
-        R"({"a")",
-        "[\"a\"",
-        "\"\\u12\"",
-        "\"\\u12G4\"",
-        "\"\\x41\"",
-        "\"\\'\"",
-        "\"\\U0041\"",
-        "\"\\",
-        "\"\\uD800\"",        // lone high surrogate
-        "\"\\uD800x\"",       // high surrogate then plain text
-        "\"\\uD800\\u0041\"", // high surrogate then no low one
-        "\"\\uD800\\uD800\"", // two high surrogates
-        "\"\\uDC00\"",        // lone low surrogate
-        "\"\\uDE00\\uD83D\"", // a pair in the wrong order
-        "\"a\tb\"",           // raw control characters
-        "\"a\nb\"",
-        "\"\x1F\"",
-        "\"a\0b\""s,    // NUL inside a string
-        "[1,\0 2]"s,    // NUL between values
-        "1\0"s,         // NUL after the root
-        "\"\xC0\xAF\"", // overlong '/'
-        "\"\xC1\xBF\"",
-        "\"\xE0\x80\xAF\"", // overlong 3-byte
-        "\"\xE0\x9F\xBF\"",
-        "\"\xF0\x80\x80\xAF\"", // overlong 4-byte
-        "\"\xF0\x8F\xBF\xBF\"",
-        "\"\xED\xA0\x80\"",     // U+D800 encoded in UTF-8
-        "\"\xED\xBF\xBF\"",     // U+DFFF encoded in UTF-8
-        "\"\xF4\x90\x80\x80\"", // U+110000
-        "\"\xF5\x80\x80\x80\"",
-        "\"\xFF\"",
-        "\"\x80\"", // a lone continuation byte
-        "\"\xC3\"", // truncated sequences, closed string
-        "\"\xE2\x82\"",
-        "\"\xF0\x9F\x98\"",
-        "\"\xE2\x82", // truncated at the end of the text
-        "\"\xC3x\"",
-        "\xC3\xA9",     // bytes beyond ASCII outside any string
-        "[\xC2\xA0 1]", // a non-breaking space is not whitespace
-        "1 \xEF\xBB\xBF",
-        "[1,\f2]", // form feed and vertical tab are not whitespace
-        "\v1",
-        "]",
-        "}",
-        "[}",
-        "{]",
-        R"({"a":1]})",
-    };
+        // Structure: empty text, trailing commas, missing colons, garbage after the root,
+        // unterminated strings, objects and arrays, mismatched brackets.
+        "", "   ", "[1,]", R"({"a":1,})", "[,1]", "{,}", "[1 2]", R"({"a" 1})", R"({"a":})",
+        R"({a:1})", R"({'a':1})", "[1] x", "{} {}", "\"open", "[1, 2", R"({"a": 1)", R"({"a")",
+        "[\"a\"", "]", "}", "[}", "{]", R"({"a":1]})",
+        // Numbers and literals: leading zeros, missing digits, what JavaScript allows.
+        "01", "-01", "-", "1.", ".5", "+1", "1e", "1e+", "0x10", "NaN", "Infinity", "nul", "True",
+        // Escapes: short or bad \u, unknown letters, lone or misordered surrogates.
+        "\"\\u12\"", "\"\\u12G4\"", "\"\\x41\"", "\"\\'\"", "\"\\U0041\"", "\"\\", "\"\\uD800\"",
+        "\"\\uD800x\"", "\"\\uD800\\u0041\"", "\"\\uD800\\uD800\"", "\"\\uDC00\"",
+        "\"\\uDE00\\uD83D\"",
+        // Unescaped control characters, and NUL inside, between and after values.
+        "\"a\tb\"", "\"a\nb\"", "\"\x1F\"", "\"a\0b\""s, "[1,\0 2]"s, "1\0"s,
+        // UTF-8: overlong forms, surrogates, beyond U+10FFFF, stray and truncated bytes.
+        "\"\xC0\xAF\"", "\"\xC1\xBF\"", "\"\xE0\x80\xAF\"", "\"\xE0\x9F\xBF\"",
+        "\"\xF0\x80\x80\xAF\"", "\"\xF0\x8F\xBF\xBF\"", "\"\xED\xA0\x80\"", "\"\xED\xBF\xBF\"",
+        "\"\xF4\x90\x80\x80\"", "\"\xF5\x80\x80\x80\"", "\"\xFF\"", "\"\x80\"", "\"\xC3\"",
+        "\"\xE2\x82\"", "\"\xF0\x9F\x98\"", "\"\xE2\x82", "\"\xC3x\"",
+        // Bytes beyond ASCII outside strings; whitespace JSON does not know.
+        "\xC3\xA9", "[\xC2\xA0 1]", "1 \xEF\xBB\xBF", "[1,\f2]", "\v1"};
     for (const auto& text : refused) {
         SCOPED_TRACE(testing::PrintToString(text));
         JsonReader reader(text);
