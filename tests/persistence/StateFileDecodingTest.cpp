@@ -173,6 +173,25 @@ TEST_F(StateFileDecodingTest, MisleadingTextsDecodeAsTheyRead) {
         mixed.replace(at, 8, "},\n\n    {");
     }
 
+    // A newer version's member, unknown here, holding task-like objects laid out like
+    // the list and spanning the middle: the guess lands on one of them and reading on
+    // from there succeeds, but it is not where this reading goes.
+    const PersistedState fewTasks = bigState(300, 10);
+    std::string nested = encodeStateFile(fewTasks);
+    {
+        const std::string lead = "\n  \"tasks\": [\n    ";
+        const auto first = nested.find(lead) + lead.size();
+        const auto next = nested.find("},\n    {", first);
+        const std::string element = nested.substr(first, next + 1 - first);
+        std::string subtasks = "\n      \"subtasks\": [" + element;
+        for (int i = 0; i < 600; ++i) {
+            subtasks += ",\n    " + element;
+        }
+        nested.insert(first + 1, subtasks + "],");
+        ASSERT_LT(first + 1, nested.size() / 2);
+        ASSERT_GT(first + subtasks.size(), nested.size() / 2);
+    }
+
     const struct {
         const char* what;
         const std::string& text;
@@ -180,6 +199,7 @@ TEST_F(StateFileDecodingTest, MisleadingTextsDecodeAsTheyRead) {
         bool guessed;
     } cases[] = {
         {"reports after tasks", reportsLast, manyReports, true},
+        {"task-like objects nested in a task", nested, fewTasks, true},
         {"first task deeper", deepFirst, state(), true},
         {"guess inside a title", titles, commaTitles, true},
         {"later tasks on one line", reindented, state(), false},
