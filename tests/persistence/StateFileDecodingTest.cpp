@@ -1,0 +1,316 @@
+#include "persistence/StateFileDecoding.h"
+
+#include <random>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "base/JsonReader.h"
+#include "model/RecordJson.h"
+
+namespace daywyn {
+namespace {
+
+constexpr double kBase = 1793000000.0; // November 2026
+
+Uuid seededUuid(std::mt19937_64& rng) {
+    Uuid id;
+    for (auto& b : id.bytes) {
+        b = static_cast<std::uint8_t>(rng());
+    }
+    return id;
+}
+
+// A state shaped like a few years of real use; task i is titled "Task i+1" so that a
+// test can find it in the text.
+PersistedState bigState(int taskCount, int reportCount) {
+    std::mt19937_64 rng(20261122);
+    PersistedState state;
+    state.preferences.dailyReviewHour = 19;
+    state.preferences.taskRemindersEnabled = true;
+    for (int i = 0; i < taskCount; ++i) {
+        TaskItem t;
+        t.id = seededUuid(rng);
+        t.title = "Task " + std::to_string(i + 1);
+        t.createdAt = Instant{kBase - 86400.0 * (i % 60) + i % 977};
+        if (i % 2 == 0) {
+            t.estimatedMinutes = 15 + i % 8 * 5;
+        }
+        if (i % 3 == 0) {
+            t.scheduledStart = Instant{kBase + 3600.0 * (i % 48)};
+            t.scheduledEnd = Instant{kBase + 3600.0 * (i % 48) + 1800.0};
+        } else if (i % 3 == 1) {
+            t.scheduledDay = Instant{kBase + 86400.0 * (i % 5)};
+        }
+        if (i % 4 == 0) {
+            t.isComplete = true;
+            t.completedAt = Instant{kBase - 3600.0 * (i % 30)};
+        }
+        for (int s = 0; s < 3; ++s) {
+            const double start = kBase - 86400.0 * (i % 30) + 3600.0 * s;
+            t.sessions.push_back(
+                WorkSession{seededUuid(rng), Instant{start}, Instant{start + 600.0 + i % 1200}});
+        }
+        if (i % 3 == 2) {
+            t.checklist.emplace();
+            for (int c = 0; c < 3; ++c) {
+                t.checklist->push_back(
+                    ChecklistItem{seededUuid(rng), "Step " + std::to_string(c), c == 0});
+            }
+        }
+        if (i % 7 == 0) {
+            t.recurrence = TaskRecurrence::daily;
+            t.nextOccurrenceCreated = t.isComplete;
+        }
+        if (i % 11 == 0) {
+            t.liveSessionStartedAt = Instant{kBase + i};
+            t.scheduledBudgetAlerts.insert(BudgetAlertKind::approaching);
+        }
+        state.tasks.push_back(std::move(t));
+    }
+    for (int r = 0; r < reportCount; ++r) {
+        DailyReport report;
+        report.id = seededUuid(rng);
+        report.day = Instant{kBase - 86400.0 * (r + 1)};
+        report.generatedAt = Instant{kBase - 86400.0 * r - 3600.0};
+        for (int line = 0; line < 6; ++line) {
+            report.tasks.push_back(DailyTaskSummary{seededUuid(rng),
+                                                    "Summary " + std::to_string(line),
+                                                    line % 2 == 0, 25, 1234.5 + line});
+        }
+        state.reports.push_back(std::move(report));
+    }
+    return state;
+}
+
+void replaceOnce(std::string& text, std::string_view from, std::string_view to) {
+    const auto at = text.find(from);
+    ASSERT_NE(at, std::string::npos) << from;
+    text.replace(at, from.size(), to);
+}
+
+void expectDecodesTo(const std::string& text, const PersistedState& expected) {
+    const auto decoded = decodeStateFile(text);
+    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(std::holds_alternative<PersistedState>(decoded.value()));
+    const auto& state = std::get<PersistedState>(decoded.value());
+    EXPECT_EQ(state.tasks.size(), expected.tasks.size());
+    EXPECT_TRUE(state == expected);
+}
+
+class StateFileDecodingTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        state_ = new PersistedState(bigState(4000, 40));
+        text_ = new std::string(encodeStateFile(*state_));
+    }
+    static void TearDownTestSuite() {
+        delete state_;
+        delete text_;
+    }
+    static const PersistedState& state() { return *state_; }
+    static const std::string& text() { return *text_; }
+
+private:
+    static inline PersistedState* state_ = nullptr;
+    static inline std::string* text_ = nullptr;
+};
+
+TEST_F(StateFileDecodingTest, BigStateDecodesEqualToTheOriginal) {
+    ASSERT_GE(text().size(), 1'000'000u);
+    if (std::thread::hardware_concurrency() >= 2) {
+        EXPECT_NE(startTaskListReadAhead(text()), nullptr);
+    }
+    expectDecodesTo(text(), state());
+    // Every length of list around the two halves: the read-ahead must neither drop nor
+    // repeat the element where it starts.
+    for (int count : {1999, 2000, 2001, 3001}) {
+        PersistedState smaller = state();
+        smaller.tasks.resize(count);
+        expectDecodesTo(encodeStateFile(smaller), smaller);
+    }
+}
+
+// However the text misleads the read-ahead's guess of where the second half of the
+// list begins, the result is the one a single reading gives.
+TEST_F(StateFileDecodingTest, MisleadingTextsDecodeAsTheyRead) {
+    // The reports after the tasks, and most of the text: the guess lands on a report.
+    const PersistedState manyReports = bigState(600, 3000);
+    std::string reportsLast = encodeStateFile(manyReports);
+    {
+        const auto reports = reportsLast.find("\n  \"reports\": [");
+        const auto tasks = reportsLast.find("\n  \"tasks\": [");
+        ASSERT_LT(reports, tasks);
+        const std::string member = reportsLast.substr(reports, tasks - reports);
+        reportsLast.erase(reports, member.size());
+        replaceOnce(reportsLast, "\n  \"version\"", member + "\n  \"version\"");
+        ASSERT_GT(reportsLast.size() / 2, reportsLast.find("\n  \"reports\": ["));
+    }
+
+    // The first task introduced like the sessions inside each task: the guess lands on
+    // a session.
+    std::string deepFirst = text();
+    replaceOnce(deepFirst, "\"tasks\": [\n    {", "\"tasks\": [\n        {");
+
+    // The first task right after the bracket: the guess lands inside a title.
+    PersistedState commaTitles = state();
+    for (std::size_t i = commaTitles.tasks.size() / 3; i < commaTitles.tasks.size(); i += 5) {
+        commaTitles.tasks[i].title += ",{\"title\": \"x\"},{";
+    }
+    std::string titles = encodeStateFile(commaTitles);
+    replaceOnce(titles, "\"tasks\": [\n    {", "\"tasks\": [{");
+
+    // Later tasks introduced differently from the first: no guess, or one past the middle.
+    std::string reindented = text();
+    for (auto at = reindented.find("},\n    {", reindented.size() / 3); at != std::string::npos;
+         at = reindented.find("},\n    {", at + 4)) {
+        reindented.replace(at, 8, "}, {");
+    }
+    std::string mixed = text();
+    for (auto at = mixed.find("},\n    {", mixed.size() / 2); at != std::string::npos;
+         at = mixed.find("},\n    {", at + 40000)) {
+        mixed.replace(at, 8, "},\n\n    {");
+    }
+
+    // A newer version's member, unknown here, holding task-like objects laid out like
+    // the list and spanning the middle: the guess lands on one of them and reading on
+    // from there succeeds, but it is not where this reading goes.
+    const PersistedState fewTasks = bigState(300, 10);
+    std::string nested = encodeStateFile(fewTasks);
+    {
+        const std::string lead = "\n  \"tasks\": [\n    ";
+        const auto first = nested.find(lead) + lead.size();
+        const auto next = nested.find("},\n    {", first);
+        const std::string element = nested.substr(first, next + 1 - first);
+        std::string subtasks = "\n      \"subtasks\": [" + element;
+        for (int i = 0; i < 600; ++i) {
+            subtasks += ",\n    " + element;
+        }
+        nested.insert(first + 1, subtasks + "],");
+        ASSERT_LT(first + 1, nested.size() / 2);
+        ASSERT_GT(first + subtasks.size(), nested.size() / 2);
+    }
+
+    const struct {
+        const char* what;
+        const std::string& text;
+        const PersistedState& expected;
+        bool guessed;
+    } cases[] = {
+        {"reports after tasks", reportsLast, manyReports, true},
+        {"task-like objects nested in a task", nested, fewTasks, true},
+        {"first task deeper", deepFirst, state(), true},
+        {"guess inside a title", titles, commaTitles, true},
+        {"later tasks on one line", reindented, state(), false},
+        {"some later tasks after a blank line", mixed, state(), true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ASSERT_GE(c.text.size(), kReadAheadBytes);
+        if (std::thread::hardware_concurrency() >= 2) {
+            EXPECT_EQ(startTaskListReadAhead(c.text) != nullptr, c.guessed);
+        }
+        expectDecodesTo(c.text, c.expected);
+    }
+}
+
+// The task list read directly, with the read-ahead the state file would start.
+Status decodeTasksOf(const std::string& text, std::vector<TaskItem>& out) {
+    const auto readAhead = startTaskListReadAhead(text);
+    JsonReader reader(text);
+    std::string_view key;
+    if (!reader.beginObject()) {
+        return Error{"not an object"};
+    }
+    while (reader.nextKey(key) && key != "tasks") {
+        reader.skipValue();
+    }
+    return decodeTaskList(reader, DateCoding::iso8601, out, readAhead.get());
+}
+
+TEST(StateFileDecodingFaultTest, AFaultyTaskIsNamedWhereverItIs) {
+    // Small enough to try every task from a third of the list to past its middle, where
+    // the read-ahead takes over.
+    const PersistedState state = bigState(400, 10);
+    const std::string text = encodeStateFile(state);
+    ASSERT_GE(text.size(), kReadAheadBytes);
+    const int count = static_cast<int>(state.tasks.size());
+    std::vector<int> faulty = {1, 17, count - 1, count};
+    for (int n = count / 3; n <= count * 3 / 5; ++n) {
+        faulty.push_back(n);
+    }
+    for (int n : faulty) {
+        for (std::string_view fault : {"17", "\"\\uD800\"", "tru"}) {
+            SCOPED_TRACE(testing::Message() << "task " << n << " titled " << fault);
+            std::string broken = text;
+            replaceOnce(broken, "\"Task " + std::to_string(n) + "\"", fault);
+            std::vector<TaskItem> tasks;
+            const Status status = decodeTasksOf(broken, tasks);
+            ASSERT_FALSE(status.ok());
+            EXPECT_EQ(status.error().rfind("Task " + std::to_string(n) + ": ", 0), 0u)
+                << status.error();
+            EXPECT_FALSE(decodeStateFile(broken).ok());
+        }
+    }
+    // Untouched, the same reading succeeds.
+    std::vector<TaskItem> tasks;
+    ASSERT_TRUE(decodeTasksOf(text, tasks).ok());
+    EXPECT_TRUE(tasks == state.tasks);
+}
+
+// The earlier format of a long-used install: its list of tasks is first tried in the
+// current format (with the read-ahead) and then read again in its own.
+TEST(StateFileDecodingLegacyTest, BigOldFormatStillDecodes) {
+    LegacyPersistedState expected;
+    expected.preferences.dailyReviewHour = 20;
+    expected.preferences.taskRemindersEnabled = true;
+    std::string text = "{\n  \"preferences\": {\n    \"dailyReviewHour\": 20,\n"
+                       "    \"dueNotificationsEnabled\": true\n  },\n  \"tasks\": [";
+    std::mt19937_64 rng(7);
+    for (int i = 0; i < 3000; ++i) {
+        LegacyTaskItem task;
+        task.id = seededUuid(rng);
+        task.title = "Old task " + std::to_string(i);
+        task.estimatedMinutes = 5 + i % 60;
+        task.elapsedBeforeCurrentRun = i % 13 == 0 ? -5.0 : 30.5 * (i % 100);
+        task.isComplete = i % 4 == 0;
+        if (i % 3 == 0) {
+            task.dueDate = Instant{kBase + 3600.0 * (i % 48)};
+            task.scheduledDueDate = task.dueDate;
+        }
+        if (i % 5 == 0) {
+            task.startedAt = Instant{kBase - 60.0 * i};
+            task.scheduledBudgetAlerts = {BudgetAlertKind::approaching, BudgetAlertKind::exceeded};
+        }
+        text += i == 0 ? "\n    {" : ",\n    {";
+        if (task.dueDate) {
+            text += "\n      \"dueDate\": \"" + isoText(*task.dueDate) + "\",";
+        }
+        text +=
+            "\n      \"elapsedBeforeCurrentRun\": " + std::to_string(task.elapsedBeforeCurrentRun) +
+            ",\n      \"estimatedMinutes\": " + std::to_string(task.estimatedMinutes) +
+            ",\n      \"id\": \"" + task.id.text() +
+            "\",\n      \"isComplete\": " + (task.isComplete ? "true" : "false") +
+            ",\n      \"scheduledBudgetAlerts\": [" +
+            (i % 5 == 0 ? "\"exceeded\", \"approaching\"" : "") + "],";
+        if (task.scheduledDueDate) {
+            text += "\n      \"scheduledDueDate\": \"" + isoText(*task.scheduledDueDate) + "\",";
+        }
+        if (task.startedAt) {
+            text += "\n      \"startedAt\": \"" + isoText(*task.startedAt) + "\",";
+        }
+        text += "\n      \"title\": \"" + task.title + "\"\n    }";
+        expected.tasks.push_back(task);
+    }
+    text += "\n  ],\n  \"version\": 1\n}\n";
+    ASSERT_GE(text.size(), 2 * kReadAheadBytes);
+
+    const auto decoded = decodeStateFile(text);
+    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(std::holds_alternative<LegacyPersistedState>(decoded.value()));
+    EXPECT_TRUE(std::get<LegacyPersistedState>(decoded.value()) == expected);
+}
+
+} // namespace
+} // namespace daywyn
