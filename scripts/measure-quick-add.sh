@@ -16,7 +16,9 @@ binary="$here/$build/daywyn"
 
 root=$(mktemp -d "${TMPDIR:-/tmp}/daywyn-quick-add.XXXXXX")
 pids=()
+app=
 cleanup() {
+  [ -n "$app" ] && kill -- "-$app" 2>/dev/null || true
   for pid in "${pids[@]}"; do kill "$pid" 2>/dev/null || true; done
   rm -rf "$root"
 }
@@ -36,11 +38,13 @@ mkdir -p "$root/data/Daywyn" "$root/config" "$root/cache" "$root/runtime"
 chmod 700 "$root/runtime"
 "$here/scripts/seed-state.py" "$root/data/Daywyn/daywyn.json" --bulk 4989
 log="$root/app.log"
-env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY QT_QPA_PLATFORM=xcb DAYWYN_QUICK_ADD_LOG=1 \
+# In a session of its own, so that cleanup also ends the bus daemon that
+# dbus-run-session starts: left behind, it would keep this script's output open.
+setsid env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY QT_QPA_PLATFORM=xcb DAYWYN_QUICK_ADD_LOG=1 \
   HOME="$root" XDG_DATA_HOME="$root/data" XDG_CONFIG_HOME="$root/config" \
   XDG_CACHE_HOME="$root/cache" XDG_RUNTIME_DIR="$root/runtime" \
-  dbus-run-session -- "$binary" 2>"$log" &
-pids+=($!)
+  dbus-run-session -- "$binary" 2>"$log" </dev/null >/dev/null &
+app=$!
 
 wait_for() { # text count
   for _ in $(seq 400); do
