@@ -1,9 +1,50 @@
 #include "base/JsonReader.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
 namespace daywyn {
+
+namespace {
+
+// Whether a number out of a double's range is out of it at the small end: the power of
+// ten of its first significant digit, exponent included, is negative.
+bool tooSmallForADouble(std::string_view text) {
+    std::size_t i = text.front() == '-' ? 1 : 0;
+    const std::size_t integerStart = i;
+    while (i < text.size() && json_detail::isDigit(text[i])) {
+        ++i;
+    }
+    const std::size_t integerEnd = i;
+    const std::size_t firstNonZero = text.find_first_not_of('0', integerStart);
+    long long power = 0;
+    if (firstNonZero < integerEnd) {
+        power = static_cast<long long>(integerEnd - firstNonZero) - 1;
+    }
+    if (i < text.size() && text[i] == '.') {
+        long long position = 0;
+        for (++i; i < text.size() && json_detail::isDigit(text[i]); ++i) {
+            ++position;
+            if (firstNonZero >= integerEnd && power == 0 && text[i] != '0') {
+                power = -position;
+            }
+        }
+    }
+    long long exponent = 0;
+    if (i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
+        const bool negative = i + 1 < text.size() && text[i + 1] == '-';
+        for (++i; i < text.size(); ++i) {
+            if (json_detail::isDigit(text[i])) {
+                exponent = std::min(exponent * 10 + (text[i] - '0'), 1'000'000'000LL);
+            }
+        }
+        exponent = negative ? -exponent : exponent;
+    }
+    return power + exponent < 0;
+}
+
+} // namespace
 
 JsonNumber jsonNumberValue(std::string_view text) {
     JsonNumber number;
@@ -23,9 +64,7 @@ JsonNumber jsonNumberValue(std::string_view text) {
     const auto r = std::from_chars(begin, end, number.d);
     if (r.ec == std::errc::result_out_of_range) {
         // Too small to represent reads as zero; too large has no value.
-        const bool tiny =
-            text.find("e-") != std::string_view::npos || text.find("E-") != std::string_view::npos;
-        if (!tiny) {
+        if (!tooSmallForADouble(text)) {
             return number;
         }
         number.d = text.front() == '-' ? -0.0 : 0.0;

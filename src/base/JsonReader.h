@@ -450,7 +450,8 @@ template <typename Parse>
 [[gnu::always_inline]] inline auto JsonReader::readStringAs(std::size_t length, Parse parse)
     -> decltype(parse(std::string_view{})) {
     skipWhitespace();
-    if (static_cast<std::size_t>(end_ - p_) >= length + 2 && *p_ == '"' && p_[length + 1] == '"') {
+    if (!error_ && static_cast<std::size_t>(end_ - p_) >= length + 2 && *p_ == '"' &&
+        p_[length + 1] == '"') {
         if (auto value = parse(std::string_view(p_ + 1, length))) {
             p_ += length + 2;
             return value;

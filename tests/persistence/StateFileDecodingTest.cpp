@@ -8,6 +8,7 @@
 
 #include "base/JsonReader.h"
 #include "model/RecordJson.h"
+#include "persistence/TaskListReadAhead.h"
 
 namespace daywyn {
 namespace {
@@ -120,7 +121,7 @@ private:
 TEST_F(StateFileDecodingTest, BigStateDecodesEqualToTheOriginal) {
     ASSERT_GE(text().size(), 1'000'000u);
     if (std::thread::hardware_concurrency() >= 2) {
-        EXPECT_NE(startTaskListReadAhead(text()), nullptr);
+        EXPECT_NE(TaskListReadAhead::start(text()), nullptr);
     }
     expectDecodesTo(text(), state());
     // Every length of list around the two halves: the read-ahead must neither drop nor
@@ -202,14 +203,14 @@ TEST_F(StateFileDecodingTest, MisleadingTextsDecodeAsTheyRead) {
         {"task-like objects nested in a task", nested, fewTasks, true},
         {"first task deeper", deepFirst, state(), true},
         {"guess inside a title", titles, commaTitles, true},
-        {"later tasks on one line", reindented, state(), false},
+        {"later tasks on one line", reindented, state(), true},
         {"some later tasks after a blank line", mixed, state(), true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        ASSERT_GE(c.text.size(), kReadAheadBytes);
+        ASSERT_GE(c.text.size(), TaskListReadAhead::kMinimumBytes);
         if (std::thread::hardware_concurrency() >= 2) {
-            EXPECT_EQ(startTaskListReadAhead(c.text) != nullptr, c.guessed);
+            EXPECT_EQ(TaskListReadAhead::start(c.text) != nullptr, c.guessed);
         }
         expectDecodesTo(c.text, c.expected);
     }
@@ -217,7 +218,7 @@ TEST_F(StateFileDecodingTest, MisleadingTextsDecodeAsTheyRead) {
 
 // The task list read directly, with the read-ahead the state file would start.
 Status decodeTasksOf(const std::string& text, std::vector<TaskItem>& out) {
-    const auto readAhead = startTaskListReadAhead(text);
+    const auto readAhead = TaskListReadAhead::start(text);
     JsonReader reader(text);
     std::string_view key;
     if (!reader.beginObject()) {
@@ -226,7 +227,8 @@ Status decodeTasksOf(const std::string& text, std::vector<TaskItem>& out) {
     while (reader.nextKey(key) && key != "tasks") {
         reader.skipValue();
     }
-    return decodeTaskList(reader, DateCoding::iso8601, out, readAhead.get());
+    return readAhead ? readAhead->decode(reader, out)
+                     : decodeTaskList(reader, DateCoding::iso8601, out);
 }
 
 TEST(StateFileDecodingFaultTest, AFaultyTaskIsNamedWhereverItIs) {
@@ -234,7 +236,7 @@ TEST(StateFileDecodingFaultTest, AFaultyTaskIsNamedWhereverItIs) {
     // the read-ahead takes over.
     const PersistedState state = bigState(400, 10);
     const std::string text = encodeStateFile(state);
-    ASSERT_GE(text.size(), kReadAheadBytes);
+    ASSERT_GE(text.size(), TaskListReadAhead::kMinimumBytes);
     const int count = static_cast<int>(state.tasks.size());
     std::vector<int> faulty = {1, 17, count - 1, count};
     for (int n = count / 3; n <= count * 3 / 5; ++n) {
@@ -304,7 +306,7 @@ TEST(StateFileDecodingLegacyTest, BigOldFormatStillDecodes) {
         expected.tasks.push_back(task);
     }
     text += "\n  ],\n  \"version\": 1\n}\n";
-    ASSERT_GE(text.size(), 2 * kReadAheadBytes);
+    ASSERT_GE(text.size(), 2 * TaskListReadAhead::kMinimumBytes);
 
     const auto decoded = decodeStateFile(text);
     ASSERT_TRUE(decoded.ok()) << decoded.error();
