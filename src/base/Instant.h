@@ -39,7 +39,10 @@ std::optional<Instant> parseIsoText(std::string_view text);
 // Days since 1970-01-01 of a proleptic Gregorian date, and back.
 inline long long daysFromCivil(long long year, unsigned month, unsigned day) {
     year -= month <= 2 ? 1 : 0;
-    const long long era = (year >= 0 ? year : year - 399) / 400;
+    // Unsigned for the usual years, where dividing by 400 compiles to a multiplication.
+    const long long era = year >= 0
+                              ? static_cast<long long>(static_cast<unsigned long long>(year) / 400)
+                              : (year - 399) / 400;
     const auto yoe = static_cast<unsigned>(year - era * 400);
     const unsigned doy = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
     const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;

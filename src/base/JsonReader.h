@@ -228,33 +228,36 @@ inline bool isDigit(char c) {
 
 [[gnu::always_inline]] inline void JsonReader::skipWhitespace() {
     // Most values follow ": " or sit after a newline and an indent.
-    if (p_<end_&& static_cast<unsigned char>(*p_)> ' ') {
+    const char* p = p_;
+    if (p<end_&& static_cast<unsigned char>(*p)> ' ') {
         return;
     }
-    if (p_ < end_ && *p_ == ' ') {
-        ++p_;
-        if (p_<end_&& static_cast<unsigned char>(*p_)> ' ') {
+    if (p < end_ && *p == ' ') {
+        ++p;
+        if (p<end_&& static_cast<unsigned char>(*p)> ' ') {
+            p_ = p;
             return;
         }
     }
 #if defined(__SSE2__)
-    while (end_ - p_ >= 16) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p_));
+    while (end_ - p >= 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
         const __m128i blank = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8(' ')),
                                                         _mm_cmpeq_epi8(v, _mm_set1_epi8('\n'))),
                                            _mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('\t')),
                                                         _mm_cmpeq_epi8(v, _mm_set1_epi8('\r'))));
         const unsigned notBlank = ~static_cast<unsigned>(_mm_movemask_epi8(blank)) & 0xFFFFu;
         if (notBlank != 0) {
-            p_ += __builtin_ctz(notBlank);
+            p_ = p + __builtin_ctz(notBlank);
             return;
         }
-        p_ += 16;
+        p += 16;
     }
 #endif
-    while (p_ < end_ && json_detail::isWhitespace(*p_)) {
-        ++p_;
+    while (p < end_ && json_detail::isWhitespace(*p)) {
+        ++p;
     }
+    p_ = p;
 }
 
 [[gnu::always_inline]] inline bool JsonReader::scanString(std::string_view& text) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <cstring>
 #include <iterator>
 #include <mutex>
 #include <string>
@@ -15,11 +16,23 @@ namespace daywyn {
 
 namespace {
 
-// Room for a run's tasks before they are read, so that the list is not moved as it
-// grows: generous (a task as the encoder writes it takes 300 bytes or more), and room
-// never used costs address space only, as its pages are never touched.
+// Room for a run's tasks before they are read, so that its list is seldom moved as it
+// grows: a task as the encoder writes it takes 500 bytes or more. Kept well under the
+// size the allocator maps pages for: unmapping them again would interrupt the other
+// core.
 std::size_t likelyTasks(std::size_t bytes) {
-    return bytes / 256;
+    return bytes / 512;
+}
+
+// The first place of `what` at or after `from`. memmem, not string_view::find, whose
+// search stops at every comma and newline of the text.
+std::size_t findText(std::string_view text, std::string_view what, std::size_t from) {
+    if (from >= text.size()) {
+        return std::string_view::npos;
+    }
+    const void* found = ::memmem(text.data() + from, text.size() - from, what.data(), what.size());
+    return found ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data())
+                 : std::string_view::npos;
 }
 
 } // namespace
@@ -84,7 +97,7 @@ TaskListReadAhead::start(std::string_view text, std::size_t minimumBytes, std::s
     // The list as the encoder writes it: a member of the outermost object, on a line of
     // its own, its elements introduced by the same whitespace.
     constexpr std::string_view kTasks = "\n  \"tasks\": [";
-    const std::size_t key = text.find(kTasks);
+    const std::size_t key = findText(text, kTasks, 0);
     if (key == std::string_view::npos) {
         return nullptr;
     }
@@ -101,7 +114,7 @@ TaskListReadAhead::start(std::string_view text, std::size_t minimumBytes, std::s
     shared->text = text;
     shared->runs.emplace_back().start = first;
     for (std::size_t from = first + runBytes; from < text.size(); from += runBytes) {
-        const std::size_t found = text.find(lead, from);
+        const std::size_t found = findText(text, lead, from);
         if (found == std::string_view::npos) {
             break;
         }
