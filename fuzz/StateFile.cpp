@@ -6,7 +6,6 @@
 #include <string>
 #include <unistd.h>
 
-#include "base/Json.h"
 #include "model/RecordJson.h"
 #include "persistence/AtomicFile.h"
 #include "persistence/JSONTaskRepository.h"
