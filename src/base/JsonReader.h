@@ -144,6 +144,11 @@ private:
     bool scanNumber(std::string_view& text, bool& integral);
     // A member's name and the colon after it.
     bool readMemberName(std::string_view& name);
+    // Past the comma (if any) and the opening quote of the next member's name; false
+    // after the closing brace, or on a syntax error.
+    bool enterNextMember();
+    bool openMemberName();
+    bool expectColon();
     std::optional<std::int64_t> readInt64Slowly();
     // At the character after a name's opening quote: true, past the closing quote,
     // when the name is there.
@@ -271,15 +276,16 @@ inline bool isDigit(char c) {
     return scanStringSlowly(start, text);
 }
 
-[[gnu::always_inline]] inline bool JsonReader::readMemberName(std::string_view& name) {
+[[gnu::always_inline]] inline bool JsonReader::openMemberName() {
     skipWhitespace();
     if (p_ == end_ || *p_ != '"') {
         return fail("expected a member name in quotes");
     }
     ++p_;
-    if (!scanString(name)) {
-        return false;
-    }
+    return true;
+}
+
+[[gnu::always_inline]] inline bool JsonReader::expectColon() {
     if (p_ < end_ && *p_ == ':') {
         ++p_;
         return true;
@@ -292,17 +298,11 @@ inline bool isDigit(char c) {
     return true;
 }
 
-[[gnu::always_inline]] inline bool JsonReader::beginObject() {
-    skipWhitespace();
-    if (error_ || p_ == end_ || *p_ != '{') {
-        return false;
-    }
-    ++p_;
-    first_ = true;
-    return true;
+[[gnu::always_inline]] inline bool JsonReader::readMemberName(std::string_view& name) {
+    return openMemberName() && scanString(name) && expectColon();
 }
 
-[[gnu::always_inline]] inline bool JsonReader::nextKey(std::string_view& key) {
+[[gnu::always_inline]] inline bool JsonReader::enterNextMember() {
     if (error_) {
         return false;
     }
@@ -323,7 +323,21 @@ inline bool isDigit(char c) {
         }
         ++p_;
     }
-    return readMemberName(key);
+    return openMemberName();
+}
+
+[[gnu::always_inline]] inline bool JsonReader::beginObject() {
+    skipWhitespace();
+    if (error_ || p_ == end_ || *p_ != '{') {
+        return false;
+    }
+    ++p_;
+    first_ = true;
+    return true;
+}
+
+[[gnu::always_inline]] inline bool JsonReader::nextKey(std::string_view& key) {
+    return enterNextMember() && scanString(key) && expectColon();
 }
 
 [[gnu::always_inline]] inline bool JsonReader::beginArray() {
@@ -387,34 +401,9 @@ inline bool isDigit(char c) {
 }
 
 inline int JsonReader::nextMember(const JsonName* names, std::size_t count, std::size_t hint) {
-    if (error_) {
+    if (!enterNextMember()) {
         return kNoMoreMembers;
     }
-    skipWhitespace();
-    if (p_ == end_) {
-        fail("the text ends inside an object");
-        return kNoMoreMembers;
-    }
-    if (*p_ == '}') {
-        ++p_;
-        first_ = false;
-        return kNoMoreMembers;
-    }
-    if (first_) {
-        first_ = false;
-    } else {
-        if (*p_ != ',') {
-            fail("expected ',' or '}' after a member");
-            return kNoMoreMembers;
-        }
-        ++p_;
-        skipWhitespace();
-    }
-    if (p_ == end_ || *p_ != '"') {
-        fail("expected a member name in quotes");
-        return kNoMoreMembers;
-    }
-    ++p_;
     int index = kUnknownMember;
     if (hint < count && matchName(names[hint])) {
         index = static_cast<int>(hint);
@@ -436,17 +425,7 @@ inline int JsonReader::nextMember(const JsonName* names, std::size_t count, std:
             }
         }
     }
-    if (p_ < end_ && *p_ == ':') {
-        ++p_;
-        return index;
-    }
-    skipWhitespace();
-    if (p_ == end_ || *p_ != ':') {
-        fail("expected ':' after a member name");
-        return kNoMoreMembers;
-    }
-    ++p_;
-    return index;
+    return expectColon() ? index : kNoMoreMembers;
 }
 
 template <typename Parse>
