@@ -1,0 +1,36 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+
+// The "appearance" page of the settings window.
+ColumnLayout {
+    spacing: 16
+    SettingsPageTitle { title: "Appearance"; Layout.fillWidth: true }
+    SettingsSection {
+        Layout.leftMargin: 16
+        Layout.rightMargin: 16
+        title: "Theme"
+        note: "System follows the desktop's light or dark style."
+        Repeater {
+            model: [
+                { value: "system", label: "System" },
+                { value: "light", label: "Light" },
+                { value: "dark", label: "Dark" }
+            ]
+            RadioButton {
+                required property var modelData
+                text: modelData.label
+                checked: settingsModel.appearance === modelData.value
+                onClicked: settingsModel.appearance = modelData.value
+                Accessible.name: modelData.label
+                contentItem: Text {
+                    leftPadding: parent.indicator.width + 8
+                    text: parent.text
+                    font.pixelSize: 13
+                    color: theme.text
+                    verticalAlignment: Text.AlignVCenter
+                }
+            }
+        }
+    }
+}

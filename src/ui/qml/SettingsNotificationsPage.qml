@@ -1,0 +1,140 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+
+// The "notifications" page of the settings window.
+ColumnLayout {
+    spacing: 16
+    SettingsPageTitle { title: "Notifications"; Layout.fillWidth: true }
+    ColumnLayout {
+        Layout.leftMargin: 16
+        Layout.rightMargin: 16
+        Layout.fillWidth: true
+        spacing: 16
+        SettingsSection {
+            title: "Desktop notifications"
+            Text {
+                objectName: "notificationStatus"
+                Layout.fillWidth: true
+                wrapMode: Text.WordWrap
+                font.pixelSize: 12
+                color: theme.text
+                text: notifications.authorizationStatus === "authorized"
+                      ? "Daywyn can send notifications: your desktop's notification service answered."
+                      : "No notification service answered, so Daywyn cannot send notifications. Start your desktop's notification service, then try again."
+            }
+            RowLayout {
+                spacing: 8
+                FlatButton {
+                    text: "Send test notification"
+                    fill: theme.raised
+                    onClicked: notifications.sendTestNotification()
+                }
+                FlatButton {
+                    text: "Check again"
+                    fill: theme.raised
+                    onClicked: notifications.refreshAuthorizationStatus()
+                }
+            }
+            Text {
+                visible: text !== ""
+                text: notifications.errorMessage !== "" ? notifications.errorMessage : notifications.actionMessage
+                Layout.fillWidth: true
+                wrapMode: Text.WordWrap
+                font.pixelSize: 12
+                color: theme.text
+                Accessible.role: Accessible.AlertMessage
+            }
+        }
+        SettingsSection {
+            title: "Reminders"
+            SettingsSwitch {
+                text: "Remind me when a task starts"
+                checked: settingsModel.preferences.taskRemindersEnabled
+                onToggled: notifications.setTaskRemindersEnabled(checked)
+            }
+            SettingsSwitch {
+                text: "Warn before a task's estimate runs out"
+                checked: settingsModel.preferences.budgetNotificationsEnabled
+                onToggled: notifications.setBudgetNotificationsEnabled(checked)
+            }
+            SettingsNumber {
+                label: "Estimate warning lead"
+                preference: "budgetWarningLeadMinutes"
+                unit: "min"
+                from: 1
+                to: 120
+            }
+            SettingsSwitch {
+                text: "Alert when a scheduled end passes"
+                checked: settingsModel.preferences.scheduledEndAlertsEnabled
+                onToggled: notifications.setScheduledEndAlertsEnabled(checked)
+            }
+            SettingsNumber {
+                label: "End warning lead"
+                preference: "endWarningLeadMinutes"
+                unit: "min"
+                from: 1
+                to: 120
+            }
+        }
+        SettingsSection {
+            title: "Drawer pop-outs"
+            note: "Gentle reminders beside the drawer for due tasks and a check-in now and then; never while the screen is locked, and old reminders are not replayed after long absences."
+            SettingsSwitch {
+                text: "Show gentle drawer pop-outs"
+                checked: settingsModel.userSwitch("inAppRemindersEnabled", true)
+                onToggled: settingsModel.setUserSwitch("inAppRemindersEnabled", checked)
+            }
+            SettingsSwitch {
+                text: "Pause for presentations"
+                checked: settingsModel.userSwitch("inAppRemindersPaused", false)
+                onToggled: settingsModel.setUserSwitch("inAppRemindersPaused", checked)
+            }
+            SettingsSwitch {
+                text: "Play Daywyn chime with drawer reminders"
+                checked: settingsModel.userSwitch("inAppReminderSoundEnabled", true)
+                onToggled: settingsModel.setUserSwitch("inAppReminderSoundEnabled", checked)
+            }
+            FlatButton {
+                text: "Preview drawer reminder"
+                fill: theme.raised
+                onClicked: drawerReminders.preview()
+            }
+        }
+        SettingsSection {
+            title: "Unfinished tasks"
+            note: "Equal start and end hours allow reminders all day."
+            RowLayout {
+                Text { text: "Nudge me"; font.pixelSize: 13; color: theme.text; Layout.fillWidth: true }
+                ComboBox {
+                    Layout.preferredWidth: 200
+                    Layout.preferredHeight: 36
+                    model: [
+                        { value: 0, label: "Off" },
+                        { value: 30, label: "Every 30 minutes" },
+                        { value: 60, label: "Hourly" },
+                        { value: 120, label: "Every 2 hours" }
+                    ]
+                    textRole: "label"
+                    valueRole: "value"
+                    Accessible.name: "Unfinished task reminders"
+                    Component.onCompleted: currentIndex = indexOfValue(settingsModel.preferences.unfinishedReminderCadence)
+                    onActivated: notifications.setUnfinishedReminderCadence(currentValue)
+                }
+            }
+            SettingsNumber { label: "Active hours start"; preference: "activeHoursStart"; unit: ":00"; from: 0; to: 23 }
+            SettingsNumber { label: "Active hours end"; preference: "activeHoursEnd"; unit: ":00"; from: 1; to: 24 }
+        }
+        SettingsSection {
+            title: "Desktop notification settings"
+            FlatButton {
+                text: "Open Notification settings"
+                fill: theme.raised
+                onClicked: if (!systemSettings.open("notifications")) settingsFailure.text = systemSettings.failureMessage()
+            }
+            Text { id: settingsFailure; visible: text !== ""; Layout.fillWidth: true; wrapMode: Text.WordWrap; font.pixelSize: 12; color: theme.text }
+        }
+        SettingsMessageLine {}
+    }
+}

@@ -1,0 +1,112 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+
+// The "reports" page of the settings window.
+ColumnLayout {
+    spacing: 16
+    SettingsPageTitle { title: "Reports"; Layout.fillWidth: true }
+    ColumnLayout {
+        Layout.leftMargin: 16
+        Layout.rightMargin: 16
+        Layout.fillWidth: true
+        spacing: 16
+        SettingsMessageLine { objectName: "settingsMessage"; font.pixelSize: 13 }
+        SettingsSection {
+            title: "Daily review"
+            note: "Reports stay on this computer and appear on the Reports page in Settings."
+            SettingsSwitch {
+                objectName: "dailyReviewSwitch"
+                text: "Create an end-of-day report"
+                checked: settingsModel.preferences.dailyReviewEnabled
+                onToggled: notifications.setDailyReviewEnabled(checked)
+            }
+            RowLayout {
+                spacing: 8
+                Text { text: "Review time"; font.pixelSize: 13; color: theme.text; Layout.fillWidth: true }
+                SpinBox {
+                    from: 0; to: 23; editable: true
+                    value: settingsModel.preferences.dailyReviewHour
+                    Accessible.name: "Review hour"
+                    textFromValue: (v) => ("0" + v).slice(-2)
+                    onValueModified: settingsModel.setPreference("dailyReviewHour", value)
+                }
+                Text { text: ":"; color: theme.text }
+                SpinBox {
+                    from: 0; to: 59; editable: true
+                    value: settingsModel.preferences.dailyReviewMinute
+                    Accessible.name: "Review minute"
+                    textFromValue: (v) => ("0" + v).slice(-2)
+                    onValueModified: settingsModel.setPreference("dailyReviewMinute", value)
+                }
+            }
+            FlatButton {
+                objectName: "generateReview"
+                text: "Generate any review that is due"
+                fill: theme.raised
+                onClicked: settingsModel.generateDueReport()
+            }
+        }
+
+        SettingsSection {
+            title: "Saved reviews"
+            Text {
+                visible: settingsModel.reports.length === 0
+                text: "No daily reviews yet"
+                font.pixelSize: 13
+                font.weight: Font.DemiBold
+                color: theme.text
+            }
+            Text {
+                visible: settingsModel.reports.length === 0
+                text: "A local summary appears after the configured review time."
+                font.pixelSize: 12
+                color: theme.secondaryText
+            }
+            Repeater {
+                model: settingsModel.reports
+                Rectangle {
+                    required property var modelData
+                    Layout.fillWidth: true
+                    implicitHeight: reportColumn.implicitHeight + 16
+                    radius: 8
+                    color: theme.raised
+                    ColumnLayout {
+                        id: reportColumn
+                        anchors.fill: parent
+                        anchors.margins: 8
+                        spacing: 2
+                        Text {
+                            text: modelData.day + " · " + modelData.completed + " done, " + modelData.unfinished + " open"
+                            font.pixelSize: 13; font.weight: Font.DemiBold; color: theme.text
+                        }
+                        Repeater {
+                            model: modelData.lines
+                            Text { required property string modelData; text: modelData; font.pixelSize: 12; color: theme.secondaryText }
+                        }
+                    }
+                }
+            }
+        }
+
+        SettingsSection {
+            title: "Data export"
+            note: "Choose where to save. JSON includes tasks, checklists, sessions and saved reports; CSV is a task summary. Neither includes account credentials. Import is not included yet."
+            RowLayout {
+                spacing: 8
+                FlatButton {
+                    objectName: "exportJson"
+                    text: "Export tasks and reports (JSON)"
+                    fill: theme.raised
+                    onClicked: { exportDialog.asCsv = false; exportDialog.open() }
+                }
+                FlatButton {
+                    objectName: "exportCsv"
+                    text: "Export task spreadsheet (CSV)"
+                    fill: theme.raised
+                    onClicked: { exportDialog.asCsv = true; exportDialog.open() }
+                }
+            }
+        }
+    }
+}
