@@ -21,6 +21,8 @@ packages=(
   dbus dbus-bin xvfb xauth x11-utils xdotool openbox
   # measuring the desktop app (scripts/measure-desktop.sh)
   time
+  # updates and packaging: the manifest reader, the icon's PNG sizes, checks of the .deb
+  libsimdjson-dev librsvg2-bin lintian desktop-file-utils appstream
 )
 
 missing=()
