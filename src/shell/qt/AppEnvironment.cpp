@@ -26,6 +26,7 @@
 #include "ui/qt/TaskEditor.h"
 #include "ui/qt/Theme.h"
 #include "ui/qt/TodayModel.h"
+#include "updates/qt/AppUpdateManager.h"
 
 namespace daywyn {
 
@@ -69,6 +70,9 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     launchAtLogin_ = new LaunchAtLoginController(LaunchAtLoginController::defaultEntryPath(),
                                                  QCoreApplication::applicationFilePath(), this);
     systemSettings_ = new SystemSettingsNavigator(this);
+    AppUpdateManager::Options updateOptions;
+    updateOptions.manifestURL = AppUpdateManager::manifestURLFrom(*userSettings_);
+    updates_ = new AppUpdateManager(updateOptions, this);
     connect(drawerController_, &EdgePanelController::isVisibleChanged, today_,
             [this] { today_->setLive(drawerController_->isVisible()); });
 
@@ -121,6 +125,7 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("launchAtLogin"), launchAtLogin_);
         context->setContextProperty(QStringLiteral("systemSettings"), systemSettings_);
         context->setContextProperty(QStringLiteral("settingsModel"), settingsModel_);
+        context->setContextProperty(QStringLiteral("updates"), updates_);
         context->setContextProperty(QStringLiteral("app"), this);
     }
     return *engine_;

@@ -31,6 +31,7 @@ class TaskEditor;
 class Theme;
 class TodayModel;
 class UserSettings;
+class AppUpdateManager;
 
 // The app's composition root: owns the store and every long-lived controller for the
 // whole run, wires the store's change listener and runs the maintenance pass every 15
@@ -78,6 +79,8 @@ public:
     NotificationManager& notificationManager() { return *notificationManager_; }
     DrawerReminderCoordinator& drawerReminders() { return *drawerReminders_; }
     TodayModel& today() { return *today_; }
+    // Update checks and downloads, shown on the About page.
+    AppUpdateManager& updates() { return *updates_; }
     TaskEditor& editor() { return *editor_; }
     Theme& theme() { return *theme_; }
     QQmlEngine& engine();
@@ -110,6 +113,7 @@ private:
     TaskEditor* editor_ = nullptr;
     SessionHistoryModel* sessions_ = nullptr;
     CompletedHistoryModel* history_ = nullptr;
+    AppUpdateManager* updates_ = nullptr;
     std::unique_ptr<QQmlEngine> engine_;
     bool hasStarted_ = false;
     int maintenancePasses_ = 0;
