@@ -9,7 +9,8 @@ JOBS        ?= $(shell nproc)
 GENERATOR   := -G Ninja
 CMAKE_ARGS  ?=
 
-.PHONY: all deps configure build run test test-asan bench fuzz format install clean screenshots
+.PHONY: all deps configure build run test test-asan bench fuzz format install clean screenshots \
+	package package-check
 
 all: build
 
@@ -60,6 +61,14 @@ screenshots: build
 
 install: build
 	cmake --install $(BUILD) $(if $(PREFIX),--prefix $(PREFIX),)
+
+# The Debian package build/daywyn_<version>_amd64.deb, and its checks (lintian, the
+# desktop entry, the AppStream metainfo, and the program run from an unpacked copy).
+package: build
+	cd $(BUILD) && cpack -G DEB
+
+package-check: package
+	scripts/check-package.sh $(BUILD)
 
 clean:
 	rm -rf $(BUILD) $(BENCH_BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)
