@@ -292,12 +292,16 @@ void AppUpdateManager::download(const AppRelease& release) {
     downloadReply_ = get(QUrl(fromStd(release.downloadURL)), downloadReadBufferBytes);
     connect(downloadReply_, &QNetworkReply::readyRead, this,
             &AppUpdateManager::onDownloadReadyRead);
-    connect(downloadReply_, &QNetworkReply::downloadProgress, this,
-            [this](qint64 received, qint64 total) {
-                bytesReceived_ = received;
-                bytesTotal_ = total > 0 ? total : -1;
-                Q_EMIT progressChanged();
-            });
+    // Progress counts what reached the file; Qt's own progress signal is rate-limited
+    // and can lag behind at the end or while the server pauses.
+    connect(downloadReply_, &QNetworkReply::metaDataChanged, this, [this] {
+        if (!downloadReply_) {
+            return;
+        }
+        const QVariant length = downloadReply_->header(QNetworkRequest::ContentLengthHeader);
+        bytesTotal_ = length.isValid() && length.toLongLong() > 0 ? length.toLongLong() : -1;
+        Q_EMIT progressChanged();
+    });
     connect(downloadReply_, &QNetworkReply::finished, this, &AppUpdateManager::onDownloadFinished);
     downloadDeadline_.start();
 }
@@ -325,6 +329,8 @@ void AppUpdateManager::onDownloadReadyRead() {
             return;
         }
         hash_.addData(chunk);
+        bytesReceived_ += chunk.size();
+        Q_EMIT progressChanged();
     }
 }
 

@@ -83,7 +83,7 @@ protected:
     }
 
     void serveManifest(const QByteArray& body) {
-        server.setReply(QStringLiteral("/manifest.json"), {200, body, -1, {}, -1});
+        server.setReply(QStringLiteral("/manifest.json"), {200, body, -1, {}, -1, -1});
     }
 
     void check() {
@@ -178,12 +178,12 @@ TEST_F(UpdateDownload, ABadManifestFailsTheCheckAndKeepsThePreviousList) {
         LocalHttpsServer::Reply reply;
     };
     const std::vector<Case> cases = {
-        {"not JSON", {200, "<html>Gateway timeout</html>", -1, {}, -1}},
-        {"schema 2", {200, manifest(good, sum, "2"), -1, {}, -1}},
-        {"latest not listed", {200, manifest(good, sum, "1", "1.5.0"), -1, {}, -1}},
-        {"63 digits", {200, manifest(good, QByteArray(63, 'b')), -1, {}, -1}},
-        {"not hex", {200, manifest(good, QByteArray(63, 'b') + "g"), -1, {}, -1}},
-        {"http download", {200, manifest("http" + good.mid(5), sum), -1, {}, -1}},
+        {"not JSON", {200, "<html>Gateway timeout</html>", -1, {}, -1, -1}},
+        {"schema 2", {200, manifest(good, sum, "2"), -1, {}, -1, -1}},
+        {"latest not listed", {200, manifest(good, sum, "1", "1.5.0"), -1, {}, -1, -1}},
+        {"63 digits", {200, manifest(good, QByteArray(63, 'b')), -1, {}, -1, -1}},
+        {"not hex", {200, manifest(good, QByteArray(63, 'b') + "g"), -1, {}, -1, -1}},
+        {"http download", {200, manifest("http" + good.mid(5), sum), -1, {}, -1, -1}},
         {"download on another host",
          {200,
           manifest(
@@ -192,12 +192,12 @@ TEST_F(UpdateDownload, ABadManifestFailsTheCheckAndKeepsThePreviousList) {
           -1,
           {},
           -1}},
-        {"redirect to another host", {302, {}, -1, otherHost, -1}},
-        {"404", {404, manifest(good, sum), -1, {}, -1}},
-        {"cut halfway", {200, manifest(good, sum), -1, {}, 40}},
+        {"redirect to another host", {302, {}, -1, otherHost, -1, -1}},
+        {"404", {404, manifest(good, sum), -1, {}, -1, -1}},
+        {"cut halfway", {200, manifest(good, sum), -1, {}, 40, -1}},
     };
     server.setReply(QStringLiteral("/manifest-elsewhere.json"),
-                    {200, manifest(good, sum), -1, {}, -1});
+                    {200, manifest(good, sum), -1, {}, -1, -1});
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         server.setReply(QStringLiteral("/manifest.json"), c.reply);
@@ -222,12 +222,12 @@ TEST_F(UpdateDownload, AFailedDownloadKeepsNoFile) {
         server.url(QStringLiteral("127.0.0.1"), QStringLiteral("/elsewhere.deb"))
             .toString()
             .toUtf8();
-    server.setReply(QStringLiteral("/elsewhere.deb"), {200, {}, 500'000, {}, -1});
+    server.setReply(QStringLiteral("/elsewhere.deb"), {200, {}, 500'000, {}, -1, -1});
     const std::vector<Case> cases = {
-        {"redirect to another host", {302, {}, -1, elsewhere, -1}, notDownloaded},
-        {"404", {404, "Not here", -1, {}, -1}, notDownloaded},
-        {"cut halfway", {200, {}, 500'000, {}, 250'000}, notDownloaded},
-        {"different bytes", {200, {}, 499'999, {}, -1}, notVerified},
+        {"redirect to another host", {302, {}, -1, elsewhere, -1, -1}, notDownloaded},
+        {"404", {404, "Not here", -1, {}, -1, -1}, notDownloaded},
+        {"cut halfway", {200, {}, 500'000, {}, 250'000, -1}, notDownloaded},
+        {"different bytes", {200, {}, 499'999, {}, -1, -1}, notVerified},
     };
     publish(500'000, path);
     check();

@@ -97,6 +97,17 @@ QByteArray LocalHttpsServer::generatedSha256(qint64 size) {
     return hash.result().toHex();
 }
 
+void LocalHttpsServer::resume() {
+    resumed_ = true;
+    std::vector<QSslSocket*> sockets;
+    for (auto& entry : streams_) {
+        sockets.push_back(entry.first);
+    }
+    for (QSslSocket* socket : sockets) {
+        pump(socket);
+    }
+}
+
 void LocalHttpsServer::onConnection() {
     while (QTcpSocket* pending = server_.nextPendingConnection()) {
         auto* socket = qobject_cast<QSslSocket*>(pending);
@@ -128,7 +139,7 @@ void LocalHttpsServer::onReadable(QSslSocket* socket) {
     const QString path = requestLine.size() >= 2 ? QString::fromUtf8(requestLine[1]) : QString();
     ++requests_[path];
     const auto found = replies_.find(path);
-    Reply reply = found == replies_.end() ? Reply{404, "Not found", -1, {}, -1} : found->second;
+    Reply reply = found == replies_.end() ? Reply{404, "Not found", -1, {}, -1, -1} : found->second;
     stream.total = reply.generatedSize >= 0 ? reply.generatedSize : reply.body.size();
     QByteArray head = "HTTP/1.1 " + QByteArray::number(reply.status) + " Reply\r\n" +
                       "Content-Length: " + QByteArray::number(stream.total) + "\r\n" +
@@ -147,8 +158,12 @@ void LocalHttpsServer::pump(QSslSocket* socket) {
         return;
     }
     Stream& stream = found->second;
-    const qint64 limit =
+    qint64 limit =
         stream.reply.cutAfter >= 0 ? std::min(stream.reply.cutAfter, stream.total) : stream.total;
+    const bool held = stream.reply.holdAfter >= 0 && !resumed_;
+    if (held) {
+        limit = std::min(limit, stream.reply.holdAfter);
+    }
     while (stream.sent < limit &&
            socket->encryptedBytesToWrite() + socket->bytesToWrite() < writeAheadBytes) {
         const qint64 length = std::min(chunkBytes, limit - stream.sent);
@@ -158,7 +173,7 @@ void LocalHttpsServer::pump(QSslSocket* socket) {
         socket->write(bytes);
         stream.sent += length;
     }
-    if (stream.sent >= limit) {
+    if (stream.sent >= limit && !held) {
         // Closes once everything written has gone out.
         socket->disconnectFromHost();
     }

@@ -31,6 +31,8 @@ public:
         QByteArray location;
         // When not negative: the connection closes after this many body bytes.
         qint64 cutAfter = -1;
+        // When not negative: sending pauses after this many body bytes until resume().
+        qint64 holdAfter = -1;
     };
 
     explicit LocalHttpsServer(QObject* parent = nullptr);
@@ -42,6 +44,8 @@ public:
     QUrl url(const QString& host, const QString& path) const;
     void setReply(const QString& path, Reply reply);
     int requestCount(const QString& path) const;
+    // Lets every held reply send the rest of its body.
+    void resume();
 
     // The bytes a generated body of `size` consists of, and their SHA-256 in hex.
     static QByteArray generatedChunk(qint64 offset, qint64 length);
@@ -65,6 +69,7 @@ private:
         qint64 total = 0;
     };
     std::map<QSslSocket*, Stream> streams_;
+    bool resumed_ = false;
 };
 
 } // namespace daywyn::test
