@@ -63,7 +63,10 @@ ColumnLayout {
                 FlatButton {
                     objectName: "downloadUpdate"
                     visible: updates.updateAvailable
-                    primary: true
+                    // Once the package is saved, opening it is the next step.
+                    primary: updates.downloadedInstallerURL.toString() === ""
+                    fill: theme.raised
+                    opacity: enabled ? 1 : 0.5
                     text: "Download Daywyn " + (updates.latestRelease.version || "")
                     enabled: !updates.isDownloading && !updates.isChecking
                     onClicked: updates.downloadLatest()
@@ -72,7 +75,7 @@ ColumnLayout {
                     objectName: "openDownloadedInstaller"
                     visible: updates.downloadedInstallerURL.toString() !== ""
                     text: "Open downloaded installer"
-                    fill: theme.raised
+                    primary: true
                     onClicked: updates.openDownloadedInstaller()
                 }
             }
