@@ -22,7 +22,7 @@ packages=(
   # measuring the desktop app (scripts/measure-desktop.sh)
   time
   # updates and packaging: the manifest reader, the icon's PNG sizes, checks of the .deb
-  libsimdjson-dev librsvg2-bin lintian desktop-file-utils appstream
+  libsimdjson-dev libssl-dev librsvg2-bin lintian desktop-file-utils appstream
 )
 
 missing=()

@@ -17,9 +17,10 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(DAYWYN_XCB REQUIRED IMPORTED_TARGET xcb)
 target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_XCB)
 
-# Update checks and downloads go over HTTPS with Qt Network.
+# Update checks and downloads go over HTTPS with Qt Network; libcrypto hashes them.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Network)
-target_link_libraries(daywyn_app PUBLIC Qt6::Network)
+find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
+target_link_libraries(daywyn_app PUBLIC Qt6::Network OpenSSL::Crypto)
 
 add_executable(daywyn ${CMAKE_CURRENT_SOURCE_DIR}/main.cpp)
 target_link_libraries(daywyn PRIVATE daywyn_app)

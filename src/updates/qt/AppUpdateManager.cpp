@@ -328,7 +328,7 @@ void AppUpdateManager::onDownloadReadyRead() {
             reply->abort();
             return;
         }
-        hash_.addData(chunk);
+        hash_.addData(chunk.constData(), static_cast<std::size_t>(chunk.size()));
         bytesReceived_ += chunk.size();
         Q_EMIT progressChanged();
     }
@@ -357,9 +357,7 @@ void AppUpdateManager::onDownloadFinished() {
         finishDownload(UpdateError::downloadFolderUnavailable);
         return;
     }
-    const QByteArray digest = hash_.result().toHex();
-    if (!checksumMatches(std::string_view(digest.constData(), digest.size()),
-                         downloading_->sha256)) {
+    if (!checksumMatches(hash_.hexDigest(), downloading_->sha256)) {
         finishDownload(UpdateError::checksumMismatch);
         return;
     }

@@ -4,7 +4,6 @@
 #include <optional>
 #include <vector>
 
-#include <QCryptographicHash>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -15,6 +14,7 @@
 #include <QVariantList>
 
 #include "updates/AppRelease.h"
+#include "updates/qt/Sha256Stream.h"
 
 class QNetworkAccessManager;
 class QNetworkReply;
@@ -135,7 +135,7 @@ private:
     QTimer downloadDeadline_;
     std::optional<AppRelease> downloading_;
     std::unique_ptr<QTemporaryFile> partial_;
-    QCryptographicHash hash_{QCryptographicHash::Sha256};
+    Sha256Stream hash_;
     // A failure found while the transfer still runs (a write that failed, a redirect
     // off the manifest's host); the reply is aborted and this is reported instead.
     std::optional<UpdateError> pendingError_;
