@@ -199,6 +199,13 @@ void AppUpdateManager::checkForUpdates() {
     setChecking(true);
     setStatus(fromStd(UpdateStatusText::checking()));
     manifestReply_ = get(options_.manifestURL, maximumManifestBytes + 1);
+    // A body larger than any manifest would fill the read buffer and stall until the
+    // transfer timeout; stop at once instead.
+    connect(manifestReply_, &QNetworkReply::readyRead, this, [this] {
+        if (manifestReply_ && manifestReply_->bytesAvailable() > maximumManifestBytes) {
+            manifestReply_->abort();
+        }
+    });
     connect(manifestReply_, &QNetworkReply::finished, this, &AppUpdateManager::onManifestFinished);
     manifestDeadline_.start();
 }

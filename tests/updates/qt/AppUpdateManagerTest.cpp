@@ -195,6 +195,7 @@ TEST_F(UpdateDownload, ABadManifestFailsTheCheckAndKeepsThePreviousList) {
         {"redirect to another host", {302, {}, -1, otherHost, -1, -1}},
         {"404", {404, manifest(good, sum), -1, {}, -1, -1}},
         {"cut halfway", {200, manifest(good, sum), -1, {}, 40, -1}},
+        {"far larger than a manifest", {200, {}, 3 * 1024 * 1024, {}, -1, -1}},
     };
     server.setReply(QStringLiteral("/manifest-elsewhere.json"),
                     {200, manifest(good, sum), -1, {}, -1, -1});
