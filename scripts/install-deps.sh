@@ -19,6 +19,8 @@ packages=(
   qml6-module-qttest qt6-qpa-plugins libxcb1-dev
   # hermetic test environment: a private session bus, a virtual display
   dbus dbus-bin xvfb xauth x11-utils xdotool openbox
+  # the command line's session-bus client (sd-bus), lighter than loading Qt
+  libsystemd-dev
   # measuring the desktop app (scripts/measure-desktop.sh)
   time
 )

@@ -1,13 +1,7 @@
-// No verb: the desktop app. A verb: the command line.
-#include <string>
-#include <vector>
-
-#include "shell/qt/CommandLineClient.h"
-#include "shell/qt/DesktopApp.h"
+// daywyn-app: the desktop app. `daywyn` with no verb hands over to it, and the D-Bus
+// service file starts it when a call reaches org.daywyn.Daywyn while it is not running.
+#include "app/qt/DesktopApp.h"
 
 int main(int argc, char** argv) {
-    if (argc >= 2) {
-        return daywyn::runCommandLine(std::vector<std::string>(argv + 1, argv + argc));
-    }
     return daywyn::runDesktopApp(argc, argv);
 }

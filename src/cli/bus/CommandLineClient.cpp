@@ -1,30 +1,23 @@
-#include "shell/qt/CommandLineClient.h"
+#include "cli/bus/CommandLineClient.h"
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-
-#include <QCoreApplication>
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QDBusReply>
-#include <QStringList>
+#include <memory>
+#include <systemd/sd-bus.h>
 
 #include "base/Calendar.h"
 #include "base/Version.h"
+#include "cli/BusAddress.h"
+#include "cli/CommandLine.h"
+#include "cli/VerbHelp.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
-#include "shell/CommandLine.h"
 
 namespace daywyn {
 
 namespace {
-
-constexpr const char* kService = "org.daywyn.Daywyn";
-constexpr const char* kPath = "/org/daywyn/Daywyn";
-constexpr const char* kInterface = "org.daywyn.Daywyn";
 
 Instant currentInstant() {
     // DAYWYN_NOW fixes the clock for the command-line tests ("2026-03-04T08:15:00Z").
@@ -37,8 +30,19 @@ Instant currentInstant() {
     return Instant{std::chrono::duration<double>(since).count()};
 }
 
+// How long the running app may take to answer a handed-over verb. DAYWYN_BUS_TIMEOUT_MS
+// shortens it for the tests of an app that never answers.
+std::uint64_t answerTimeoutMicroseconds() {
+    if (const char* text = std::getenv("DAYWYN_BUS_TIMEOUT_MS")) {
+        if (const long long ms = std::atoll(text); ms > 0) {
+            return static_cast<std::uint64_t>(ms) * 1000;
+        }
+    }
+    return 10'000'000;
+}
+
 // A repository that loads but never writes: reading verbs must not change the file,
-// not even by the store's start-up save.
+// not even by the store's start-up save after a migration.
 class ReadOnlyRepository : public TaskRepository {
 public:
     explicit ReadOnlyRepository(std::unique_ptr<TaskRepository> inner)
@@ -58,86 +62,105 @@ private:
     std::unique_ptr<TaskRepository> inner_;
 };
 
-// Only a bus that is already there is asked; connecting must never start one.
-bool sessionBusAvailable() {
-    if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address) {
-        return true;
-    }
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    std::error_code ignored;
-    return runtime && *runtime && std::filesystem::exists(std::string(runtime) + "/bus", ignored);
-}
-
-std::string toUtf8(const QString& text) {
-    return text.toUtf8().toStdString();
-}
-
 int print(const CommandOutput& output) {
     std::fputs(output.out.c_str(), stdout);
     std::fputs(output.err.c_str(), stderr);
     return output.status;
 }
 
-// Asks the running app to run the verb. Absent when no app is running.
-std::optional<CommandOutput> forwardToRunningApp(const std::vector<std::string>& args) {
-    if (!sessionBusAvailable()) {
-        return std::nullopt;
+struct BusDeleter {
+    void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
+};
+struct MessageDeleter {
+    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+};
+using Bus = std::unique_ptr<sd_bus, BusDeleter>;
+using Message = std::unique_ptr<sd_bus_message, MessageDeleter>;
+
+// The user's session bus, when there is one; connecting never starts a bus.
+Bus sessionBus() {
+    sd_bus* bus = nullptr;
+    if (sd_bus_open_user(&bus) < 0) {
+        return nullptr;
     }
-    int argc = 1;
-    char name[] = "daywyn";
-    char* argv[] = {name, nullptr};
-    QCoreApplication app(argc, argv);
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected() || !bus.interface()->isServiceRegistered(QString::fromUtf8(kService))) {
-        return std::nullopt;
-    }
-    QString method = QString::fromStdString(args[0]);
-    method[0] = method[0].toUpper();
-    QStringList rest;
-    for (std::size_t i = 1; i < args.size(); ++i) {
-        rest << QString::fromStdString(args[i]);
-    }
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(QString::fromUtf8(kService), QString::fromUtf8(kPath),
-                                       QString::fromUtf8(kInterface), method);
-    call << rest;
-    const QDBusMessage reply = bus.call(call, QDBus::Block, 30000);
-    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().size() != 3) {
-        return CommandOutput{
-            1, {}, "Daywyn is running but did not answer: " + toUtf8(reply.errorMessage()) + "\n"};
-    }
-    const auto values = reply.arguments();
-    return CommandOutput{values[0].toInt(), toUtf8(values[1].toString()),
-                         toUtf8(values[2].toString())};
+    return Bus(bus);
 }
 
-// Asks the app to open Quick Add; the bus starts Daywyn through its service file when
-// it is not running, so the first press after login works too.
-int openQuickAdd() {
-    if (!sessionBusAvailable()) {
-        std::fprintf(stderr, "Quick Add could not be opened: no D-Bus session bus.\n");
-        return 1;
+bool appIsRunning(sd_bus* bus) {
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_message* reply = nullptr;
+    int owned = 0;
+    const int r =
+        sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                           "org.freedesktop.DBus", "NameHasOwner", &error, &reply, "s", kBusName);
+    if (r >= 0) {
+        sd_bus_message_read(reply, "b", &owned);
     }
-    int argc = 1;
-    char name[] = "daywyn";
-    char* argv[] = {name, nullptr};
-    QCoreApplication app(argc, argv);
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    const QDBusMessage call =
-        QDBusMessage::createMethodCall(QString::fromUtf8(kService), QString::fromUtf8(kPath),
-                                       QString::fromUtf8(kInterface), QStringLiteral("QuickAdd"));
-    const QDBusMessage reply = bus.call(call, QDBus::Block, 30000);
-    if (reply.type() != QDBusMessage::ReplyMessage) {
-        std::fprintf(stderr, "Quick Add could not be opened: %s\n",
-                     toUtf8(reply.errorMessage()).c_str());
-        return 1;
-    }
-    return 0;
+    sd_bus_message_unref(reply);
+    sd_bus_error_free(&error);
+    return owned != 0;
 }
 
-int runHere(const std::vector<std::string>& args, VerbAccess access) {
+// Hands the verb line to the app and returns its answer. `startApp`: let the bus start
+// Daywyn through its service file when it is not running.
+CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool startApp) {
+    sd_bus_message* raw = nullptr;
+    if (sd_bus_message_new_method_call(bus, &raw, kBusName, kBusObjectPath, kBusInterface, "Run") <
+        0) {
+        return CommandOutput{1, {}, "Daywyn could not be reached over D-Bus.\n"};
+    }
+    Message call(raw);
+    sd_bus_message_set_auto_start(call.get(), startApp ? 1 : 0);
+    std::vector<const char*> strings;
+    for (const auto& arg : args) {
+        strings.push_back(arg.c_str());
+    }
+    strings.push_back(nullptr);
+    sd_bus_message_append_strv(call.get(), const_cast<char**>(strings.data()));
+
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_message* reply = nullptr;
+    const int r = sd_bus_call(bus, call.get(), answerTimeoutMicroseconds(), &error, &reply);
+    Message answer(reply);
+    CommandOutput output;
+    if (r == -ETIMEDOUT) {
+        // The app may still carry it out: running it here as well could add it twice.
+        output = CommandOutput{1,
+                               {},
+                               "Daywyn is running but did not answer in time; check 'daywyn "
+                               "today' before trying again.\n"};
+    } else if (r < 0) {
+        output = CommandOutput{1,
+                               {},
+                               std::string("Daywyn could not be reached over D-Bus: ") +
+                                   (error.message ? error.message : "no answer") + "\n"};
+    } else {
+        int status = 1;
+        const char* out = "";
+        const char* err = "";
+        if (sd_bus_message_read(answer.get(), "iss", &status, &out, &err) < 0) {
+            output = CommandOutput{1,
+                                   {},
+                                   "Daywyn answered in a form this program does not "
+                                   "know; are both from the same version?\n"};
+        } else {
+            output = CommandOutput{status, out, err};
+        }
+    }
+    sd_bus_error_free(&error);
+    return output;
+}
+
+int runHere(VerbLine& line, VerbAccess access) {
     const Instant now = currentInstant();
     const Calendar calendar;
+    if (auto refused = prepareCommand(line, now, calendar)) {
+        return print(*refused);
+    }
+    if (!line.verb->needsStore) {
+        VerbContext context{nullptr, now, calendar, nullptr};
+        return print(runVerbLine(line, context));
+    }
     auto path = JSONTaskRepository::defaultFilePath();
     if (!path) {
         std::fprintf(stderr, "%s\n", path.error().c_str());
@@ -163,32 +186,52 @@ int runHere(const std::vector<std::string>& args, VerbAccess access) {
         // The unreadable file was moved aside; say so, then carry on with a fresh one.
         std::fprintf(stderr, "%s\n", store.persistenceError()->c_str());
     }
-    return print(runCommand(store, args, now, calendar));
+    VerbContext context{&store, now, calendar, nullptr};
+    return print(runVerbLine(line, context));
 }
 
 } // namespace
 
-int runCommandLine(const std::vector<std::string>& args) {
-    if (args.empty()) {
+int runCommandLine(const std::vector<std::string>& given) {
+    if (given.empty()) {
         return 2;
     }
-    if (args[0] == "--version" || args[0] == "-v" || args[0] == "version") {
+    const std::string& first = given[0];
+    if (first == "--version" || first == "-v" || first == "version") {
         std::printf("%s\n", versionLine().c_str());
         return 0;
     }
-    if (auto early = checkWithoutStore(args, currentInstant(), Calendar())) {
-        return print(*early);
+    // Made at build time for `make install`: the manual page and the completions.
+    if (first == "--man") {
+        return print(CommandOutput{0, manPage(), {}});
     }
-    if (args[0] == "quick-add") {
-        return openQuickAdd();
+    if (first == "--completion" && given.size() == 2 && !completionScript(given[1]).empty()) {
+        return print(CommandOutput{0, completionScript(given[1]), {}});
     }
-    const VerbAccess access = verbAccess(args);
+    std::vector<std::string> args;
+    args.reserve(given.size());
+    for (const auto& arg : given) {
+        args.push_back(validUtf8(arg));
+    }
+    ParsedCommand parsed = parseCommand(args);
+    if (parsed.answer) {
+        return print(*parsed.answer);
+    }
+    const VerbAccess access = lineAccess(parsed.line);
+    if (access == VerbAccess::window) {
+        Bus bus = sessionBus();
+        if (!bus) {
+            return print(CommandOutput{
+                1, {}, "Daywyn could not be reached: there is no D-Bus session bus.\n"});
+        }
+        return print(runInApp(bus.get(), args, true));
+    }
     if (access == VerbAccess::writing) {
-        if (auto forwarded = forwardToRunningApp(args)) {
-            return print(*forwarded);
+        if (Bus bus = sessionBus(); bus && appIsRunning(bus.get())) {
+            return print(runInApp(bus.get(), args, false));
         }
     }
-    return runHere(args, access);
+    return runHere(parsed.line, access);
 }
 
 } // namespace daywyn

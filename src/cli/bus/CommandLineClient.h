@@ -5,10 +5,11 @@
 
 namespace daywyn {
 
-// The command-line process: `daywyn VERB …`. A writing verb is forwarded to the
-// desktop app over D-Bus when it runs (it is then the only writer of the state
-// file); otherwise the verb runs here against the state file, holding the writer
-// lock while it writes. Returns the process's exit status.
+// The command-line process: `daywyn VERB …`. A writing verb is handed to the desktop
+// app over the session bus when it runs (it is then the only writer of the state
+// file), a window verb always (the bus starts the app); otherwise the verb runs here
+// against the state file, holding the writer lock while it writes. Returns the
+// process's exit status. Loads no Qt: the core, ICU and sd-bus only.
 int runCommandLine(const std::vector<std::string>& args);
 
 } // namespace daywyn

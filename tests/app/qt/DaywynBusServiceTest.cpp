@@ -1,4 +1,4 @@
-#include "shell/qt/DaywynBusService.h"
+#include "app/qt/DaywynBusService.h"
 
 #include <QDBusConnection>
 #include <QDBusInterface>
@@ -6,8 +6,11 @@
 #include <QDBusPendingReply>
 #include <gtest/gtest.h>
 
-#include "shell/CommandLine.h"
-#include "shell/qt/AppEnvironment.h"
+#include "app/qt/AppEnvironment.h"
+#include "cli/BusAddress.h"
+#include "cli/CommandLine.h"
+#include "daywyn_adaptor.h"
+#include "daywyn_interface.h"
 #include "shell/qt/EdgePanelController.h"
 #include "shell/qt/QuickCaptureController.h"
 #include "support/TaskBuilder.h"
@@ -16,76 +19,91 @@
 namespace daywyn {
 namespace {
 
-// The service on the private session bus, called from a second connection as another
-// process would; the verbs reach a recording runner instead of the command line.
+// The service on the private session bus, called from a second connection through the
+// proxy made from the same interface description, as another process would.
 class DaywynBusServiceTest : public ::testing::Test {
 protected:
     DaywynBusServiceTest()
         : clock(Instant{1779440400.0})
         , environment(nullptr, test::berlin(), clock.function(), false)
-        , service(environment, [this](const std::vector<std::string>& args) {
-            verbs.push_back(args);
-            return CommandOutput{args.size() > 1 ? 0 : 2, "out of " + args[0], "err of " + args[0]};
-        }) {
+        , service(environment) {
         environment.start();
         environment.drawerController().setReducedMotion(true);
         QDBusConnection bus = QDBusConnection::sessionBus();
-        bus.registerObject(QStringLiteral("/org/daywyn/Daywyn"), &service,
-                           QDBusConnection::ExportAllSlots);
-        registered = bus.registerService(QStringLiteral("org.daywyn.Daywyn"));
+        registered = service.registerOn(bus);
     }
     ~DaywynBusServiceTest() override {
-        QDBusConnection::sessionBus().unregisterService(QStringLiteral("org.daywyn.Daywyn"));
-        QDBusConnection::sessionBus().unregisterObject(QStringLiteral("/org/daywyn/Daywyn"));
+        QDBusConnection::sessionBus().unregisterService(QString::fromLatin1(kBusName));
+        QDBusConnection::sessionBus().unregisterObject(QString::fromLatin1(kBusObjectPath));
     }
 
-    // Calls a method from a separate connection and waits for the answer.
-    QList<QVariant> call(const QString& method, const QList<QVariant>& arguments) {
+    // Runs a verb line from a separate connection and waits for the answer.
+    CommandOutput run(const QStringList& line) {
         QDBusConnection client =
             QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("client"));
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            QStringLiteral("org.daywyn.Daywyn"), QStringLiteral("/org/daywyn/Daywyn"),
-            QStringLiteral("org.daywyn.Daywyn"), method);
-        message.setArguments(arguments);
-        QDBusPendingCallWatcher watcher(client.asyncCall(message));
+        OrgDaywynDaywynInterface proxy(QString::fromLatin1(kBusName),
+                                       QString::fromLatin1(kBusObjectPath), client);
+        QDBusPendingCallWatcher watcher(proxy.Run(line));
         EXPECT_TRUE(test::waitUntil([&] { return watcher.isFinished(); }));
-        EXPECT_FALSE(watcher.isError()) << watcher.error().message().toStdString();
-        return watcher.reply().arguments();
+        QDBusPendingReply<int, QString, QString> reply = watcher;
+        EXPECT_FALSE(reply.isError()) << reply.error().message().toStdString();
+        return CommandOutput{reply.argumentAt<0>(), reply.argumentAt<1>().toStdString(),
+                             reply.argumentAt<2>().toStdString()};
     }
 
     test::ManualClock clock;
     AppEnvironment environment;
-    std::vector<std::vector<std::string>> verbs;
     DaywynBusService service;
     bool registered = false;
 };
 
-TEST_F(DaywynBusServiceTest, WritingVerbsAnswerWithTheCommandLinesOutput) {
+TEST_F(DaywynBusServiceTest, VerbLinesRunOnTheAppsOwnStore) {
     ASSERT_TRUE(registered);
-    const QList<QVariant> done = call(
-        QStringLiteral("Done"), {QStringList{QStringLiteral("Water"), QStringLiteral("plants")}});
-    EXPECT_EQ(done,
-              (QList<QVariant>{0, QStringLiteral("out of done"), QStringLiteral("err of done")}));
-    const QList<QVariant> report = call(QStringLiteral("Report"), {QStringList{}});
-    EXPECT_EQ(report.value(0).toInt(), 2);
-    ASSERT_EQ(verbs.size(), 2u);
-    EXPECT_EQ(verbs[0], (std::vector<std::string>{"done", "Water", "plants"}));
-    EXPECT_EQ(verbs[1], (std::vector<std::string>{"report"}));
+    const CommandOutput added = run(
+        {QStringLiteral("add"), QStringLiteral("--json"), QStringLiteral("Water plants at 10")});
+    ASSERT_EQ(added.status, 0) << added.err;
+    const TaskItem& task = environment.store().tasks().back();
+    EXPECT_EQ(task.title, "Water plants");
+    EXPECT_NE(added.out.find(task.id.text()), std::string::npos);
+
+    EXPECT_EQ(run({QStringLiteral("done"), QString::fromStdString(task.id.text().substr(0, 8))}),
+              (CommandOutput{0, "Done: Water plants.\n", ""}));
+    EXPECT_TRUE(environment.store().tasks().back().isComplete);
+
+    // The add-task action from outside: the title exactly as given, with a start.
+    const CommandOutput literal =
+        run({QStringLiteral("add"), QStringLiteral("--literal"), QStringLiteral("--at"),
+             QStringLiteral("2026-03-04T08:15:00Z"), QStringLiteral("  Call Ama at 10 ")});
+    EXPECT_EQ(literal, (CommandOutput{0, "Added Call Ama at 10 to Daywyn.\n", ""}));
+    EXPECT_EQ(environment.store().tasks().back().scheduledStart,
+              parseIsoText("2026-03-04T08:15:00Z"));
+
+    const CommandOutput unknown = run({QStringLiteral("frobnicate")});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_EQ(run({QStringLiteral("add"), QStringLiteral(" ")}).err, "Give the task a title.\n");
 }
 
-TEST_F(DaywynBusServiceTest, ShowHideAndToggleDriveTheDrawerAndQuickAddOpensThePanel) {
+TEST_F(DaywynBusServiceTest, WindowVerbsDriveTheDrawerAndQuickAdd) {
     ASSERT_TRUE(registered);
     EdgePanelController& drawer = environment.drawerController();
-    call(QStringLiteral("Show"), {});
+    EXPECT_EQ(run({QStringLiteral("show")}).status, 0);
     EXPECT_TRUE(drawer.isVisible());
-    call(QStringLiteral("Toggle"), {});
+    run({QStringLiteral("toggle")});
     EXPECT_FALSE(drawer.isVisible());
-    call(QStringLiteral("Show"), {});
-    call(QStringLiteral("Hide"), {});
+    run({QStringLiteral("show")});
+    run({QStringLiteral("hide")});
     EXPECT_FALSE(drawer.isVisible());
-    call(QStringLiteral("QuickAdd"), {});
+    EXPECT_EQ(run({QStringLiteral("quick-add")}).status, 0);
     EXPECT_TRUE(environment.quickCapture().isPanelVisible());
     EXPECT_FALSE(drawer.isVisible());
+}
+
+TEST_F(DaywynBusServiceTest, TheAdaptorServesTheInterfaceTheCommandLineCalls) {
+    // The command line calls kBusInterface by name; the adaptor is made from the XML.
+    EXPECT_STREQ(DaywynAdaptor::staticMetaObject
+                     .classInfo(DaywynAdaptor::staticMetaObject.indexOfClassInfo("D-Bus Interface"))
+                     .value(),
+                 kBusInterface);
 }
 
 } // namespace

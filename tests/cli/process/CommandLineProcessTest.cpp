@@ -1,8 +1,11 @@
 // The real daywyn program against a temporary data folder, as a user runs it.
+#include <algorithm>
+#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -161,6 +164,159 @@ TEST_F(DaywynCommand, ReadingVerbsNeverCreateTheStateFile) {
     EXPECT_FALSE(fs::exists(stateFile));
     EXPECT_EQ(daywyn({"--version"}).out.find("Daywyn "), 0u);
     EXPECT_EQ(daywyn({"launch-rockets"}).status, 2);
+}
+
+// The file's bytes and its modification time to the nanosecond.
+struct FileState {
+    std::string bytes;
+    long long modifiedNs = 0;
+    bool operator==(const FileState&) const = default;
+};
+
+FileState fileState(const std::string& path) {
+    struct stat info {};
+    EXPECT_EQ(::stat(path.c_str(), &info), 0);
+    return FileState{test::readFile(path),
+                     info.st_mtim.tv_sec * 1'000'000'000LL + info.st_mtim.tv_nsec};
+}
+
+TEST_F(DaywynCommand, ReadingVerbsAndAStartUpWithNothingToChangeLeaveTheFileAlone) {
+    ASSERT_EQ(daywyn({"add", "Water plants at 10"}).status, 0);
+    const FileState before = fileState(stateFile);
+    // Far enough apart that a rewrite would show in the modification time.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+
+    EXPECT_EQ(daywyn({"today"}).status, 0);
+    EXPECT_EQ(daywyn({"today", "--json"}).status, 0);
+    EXPECT_EQ(daywyn({"report", "--list"}).status, 0);
+    EXPECT_EQ(fileState(stateFile), before);
+
+    // A writing verb opens the store with the lock held; with nothing to do, the file
+    // stays as it was (no start-up save of an unchanged version 2 file).
+    const auto stop = daywyn({"stop"});
+    EXPECT_EQ(stop.out, "No timer is running.\n");
+    EXPECT_EQ(daywyn({"done", "FFFFFFFFFFFF"}).status, 1);
+    EXPECT_EQ(fileState(stateFile), before);
+
+    // One change is one write; the next start-up leaves its result alone too.
+    ASSERT_EQ(daywyn({"add", "Call Ama"}).status, 0);
+    const FileState afterAdd = fileState(stateFile);
+    EXPECT_NE(afterAdd, before);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(daywyn({"stop"}).status, 0);
+    EXPECT_EQ(fileState(stateFile), afterAdd);
+}
+
+TEST_F(DaywynCommand, AnOldFileIsRewrittenByTheFirstWriterButNotByAReader) {
+    fs::create_directories(folder);
+    const std::string legacy = R"({"version":1,"preferences":{},"tasks":[{"id":)"
+                               R"("6B1F1A52-4C1B-4B8E-9A55-0F7A4C1E2D3B","title":"Old",)"
+                               R"("estimatedMinutes":25,"elapsedBeforeCurrentRun":0,)"
+                               R"("isComplete":false,"scheduledBudgetAlerts":[]}]})";
+    test::writeFile(stateFile, legacy);
+    const auto today = daywyn({"today"});
+    EXPECT_NE(today.out.find("Old"), std::string::npos) << today.out << today.err;
+    EXPECT_EQ(test::readFile(stateFile), legacy);
+
+    EXPECT_EQ(daywyn({"stop"}).status, 0);
+    EXPECT_EQ(state()["version"].GetInt(), 2);
+    EXPECT_NE(taskTitled(state(), "Old"), nullptr);
+}
+
+TEST_F(DaywynCommand, BadArgumentsAreRefusedAndOddTextIsKept) {
+    const auto unknownOption = daywyn({"today", "--frobnicate"});
+    EXPECT_EQ(unknownOption.status, 2);
+    EXPECT_EQ(unknownOption.err, "daywyn today: Unknown option --frobnicate. Run 'daywyn today "
+                                 "--help' for usage.\n");
+    const auto missingTime = daywyn({"add", "Call Ama", "--at"});
+    EXPECT_EQ(missingTime.status, 2);
+    EXPECT_EQ(missingTime.err.find("daywyn add: Give TIME after --at."), 0u);
+    EXPECT_FALSE(fs::exists(stateFile));
+
+    // Bytes that are not UTF-8 become U+FFFD instead of breaking the state file.
+    ASSERT_EQ(daywyn({"add", "--json", "Caf\xE9 \xFF order"}).status, 0);
+    const auto doc = state();
+    EXPECT_NE(taskTitled(doc, "Caf\xEF\xBF\xBD \xEF\xBF\xBD order"), nullptr);
+
+    // A 100 KB title is saved whole and read back.
+    const std::string longTitle(100 * 1024, 'x');
+    ASSERT_EQ(daywyn({"add", "--literal", longTitle}).status, 0);
+    EXPECT_NE(taskTitled(state(), longTitle.c_str()), nullptr);
+    EXPECT_NE(daywyn({"today"}).out.find(longTitle), std::string::npos);
+}
+
+TEST_F(DaywynCommand, TheProgramLinksNoneOfQtsWindowingLibraries) {
+    // What the dynamic loader maps for any verb: every library the program needs,
+    // and theirs. Nothing of Qt at all: the verbs need the core, ICU and sd-bus only.
+    const auto libraries = test::runProcess({"/usr/bin/ldd", DAYWYN_BINARY_PATH});
+    ASSERT_EQ(libraries.status, 0) << libraries.err;
+    EXPECT_NE(libraries.out.find("libicuuc"), std::string::npos) << libraries.out;
+    for (const char* qt : {"libQt6Core", "libQt6Gui", "libQt6Qml", "libQt6Quick", "libQt6Widgets",
+                           "libQt6Multimedia", "libQt6Network", "libGL"}) {
+        EXPECT_EQ(libraries.out.find(qt), std::string::npos) << qt << " in\n" << libraries.out;
+    }
+}
+
+// The generated bash completion, loaded into a real bash with this build's daywyn
+// first on the PATH; prints COMPREPLY for the words given.
+class DaywynCompletion : public DaywynCommand {
+protected:
+    std::string complete(const std::string& words, int current) {
+        const std::string binFolder = fs::path(DAYWYN_BINARY_PATH).parent_path().string();
+        const std::string script = "source '" DAYWYN_GENERATED_DIR "/daywyn.bash'\n"
+                                   "complete -p daywyn\n"
+                                   "COMP_WORDS=(" +
+                                   words + ")\nCOMP_CWORD=" + std::to_string(current) +
+                                   "\n_daywyn\nprintf '%s\\n' \"${COMPREPLY[@]}\" | sort\n";
+        const auto result = test::runProcess({"/bin/bash", "--norc", "-c", script},
+                                             {{"XDG_DATA_HOME", dataHome},
+                                              {"PATH", binFolder + ":/usr/bin:/bin"},
+                                              {"DAYWYN_NOW", "2026-03-04T08:15:00Z"}});
+        EXPECT_EQ(result.status, 0) << result.err;
+        return result.out;
+    }
+};
+
+TEST_F(DaywynCompletion, BashCompletesVerbsOptionsAndTaskIds) {
+    EXPECT_EQ(complete("daywyn d", 1), "complete -F _daywyn daywyn\ndelete\ndone\n");
+    EXPECT_EQ(complete("daywyn add --d", 2), "complete -F _daywyn daywyn\n--dry-run\n");
+    EXPECT_EQ(complete("daywyn report --", 2),
+              "complete -F _daywyn daywyn\n--help\n--json\n--list\n");
+
+    // The first run's sample tasks include one with a checklist: only the tasks' own
+    // ids are offered, not their checklist items' or sessions'.
+    ASSERT_EQ(daywyn({"add", "Pay rent"}).status, 0);
+    ASSERT_EQ(daywyn({"start", state()["tasks"][0]["id"].GetString()}).status, 0);
+    ASSERT_EQ(daywyn({"stop"}).status, 0);
+    std::vector<std::string> expected;
+    for (const auto& task : state()["tasks"].GetArray()) {
+        expected.push_back(std::string(task["id"].GetString()).substr(0, 8));
+    }
+    std::sort(expected.begin(), expected.end());
+    std::string expectedText = "complete -F _daywyn daywyn\n";
+    for (const auto& id : expected) {
+        expectedText += id + "\n";
+    }
+    EXPECT_EQ(complete("daywyn done ''", 2), expectedText);
+    // A typed start, in either case, narrows the list.
+    const std::string first = expected[0];
+    std::string lower = first.substr(0, 3);
+    for (auto& c : lower) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    EXPECT_NE(complete("daywyn pin " + lower, 2).find(first), std::string::npos);
+}
+
+TEST_F(DaywynCommand, TheManualPageIsValidRoffListingEveryVerb) {
+    const std::string page = test::readFile(DAYWYN_GENERATED_DIR "/daywyn.1");
+    // Roff needs the hyphen of "quick-add" escaped.
+    for (const char* verb : {"add", "today", "done", "export", "quick\\-add"}) {
+        EXPECT_NE(page.find(std::string("\\fB") + verb + "\\fR"), std::string::npos) << verb;
+    }
+    const auto rendered = test::runProcess(
+        {"/usr/bin/groff", "-man", "-Tutf8", "-ww", "-z", DAYWYN_GENERATED_DIR "/daywyn.1"});
+    EXPECT_EQ(rendered.status, 0);
+    EXPECT_EQ(rendered.err, "");
 }
 
 } // namespace
