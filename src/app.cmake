@@ -43,7 +43,9 @@ add_executable(daywyn ${DAYWYN_CLI_SOURCES})
 file(RELATIVE_PATH DAYWYN_APP_FROM_BINDIR /prefix/${CMAKE_INSTALL_BINDIR}
     /prefix/${DAYWYN_APP_INSTALL_DIR}/daywyn-app)
 target_compile_definitions(daywyn PRIVATE DAYWYN_APP_FROM_BINDIR="${DAYWYN_APP_FROM_BINDIR}")
-target_link_libraries(daywyn PRIVATE daywyn_core PkgConfig::DAYWYN_SDBUS)
+# sd-bus is loaded with dlopen by the verbs that need it: only its header is used here.
+target_include_directories(daywyn SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
+target_link_libraries(daywyn PRIVATE daywyn_core ${CMAKE_DL_LIBS})
 # Only the libraries a verb uses are loaded.
 target_link_options(daywyn PRIVATE -Wl,--as-needed)
 daywyn_warnings(daywyn)

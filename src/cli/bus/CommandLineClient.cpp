@@ -3,9 +3,11 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <dlfcn.h>
 #include <filesystem>
 #include <memory>
 #include <systemd/sd-bus.h>
+#include <type_traits>
 
 #include "base/Calendar.h"
 #include "base/Version.h"
@@ -68,59 +70,107 @@ int print(const CommandOutput& output) {
     return output.status;
 }
 
+// sd-bus, loaded only by the verbs that talk to the app, so that the others (and
+// --version) do not pay for mapping libsystemd and the libraries it needs.
+struct SdBus {
+    decltype(&sd_bus_open_user) openUser = nullptr;
+    decltype(&sd_bus_flush_close_unref) flushCloseUnref = nullptr;
+    decltype(&sd_bus_message_unref) messageUnref = nullptr;
+    decltype(&sd_bus_call_method) callMethod = nullptr;
+    decltype(&sd_bus_message_read) messageRead = nullptr;
+    decltype(&sd_bus_error_free) errorFree = nullptr;
+    decltype(&sd_bus_message_new_method_call) newMethodCall = nullptr;
+    decltype(&sd_bus_message_set_auto_start) setAutoStart = nullptr;
+    decltype(&sd_bus_message_append_strv) appendStrv = nullptr;
+    decltype(&sd_bus_call) call = nullptr;
+
+    // Null when libsystemd cannot be loaded.
+    static const SdBus* load() {
+        static const SdBus loaded = [] {
+            SdBus bus;
+            void* library = ::dlopen("libsystemd.so.0", RTLD_NOW | RTLD_LOCAL);
+            if (!library) {
+                return bus;
+            }
+            const auto find = [library](auto& function, const char* name) {
+                function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(
+                    ::dlsym(library, name));
+                return function != nullptr;
+            };
+            const bool complete = find(bus.openUser, "sd_bus_open_user") &&
+                                  find(bus.flushCloseUnref, "sd_bus_flush_close_unref") &&
+                                  find(bus.messageUnref, "sd_bus_message_unref") &&
+                                  find(bus.callMethod, "sd_bus_call_method") &&
+                                  find(bus.messageRead, "sd_bus_message_read") &&
+                                  find(bus.errorFree, "sd_bus_error_free") &&
+                                  find(bus.newMethodCall, "sd_bus_message_new_method_call") &&
+                                  find(bus.setAutoStart, "sd_bus_message_set_auto_start") &&
+                                  find(bus.appendStrv, "sd_bus_message_append_strv") &&
+                                  find(bus.call, "sd_bus_call");
+            if (!complete) {
+                bus.openUser = nullptr;
+            }
+            return bus;
+        }();
+        return loaded.openUser ? &loaded : nullptr;
+    }
+};
+
 struct BusDeleter {
-    void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
+    void operator()(sd_bus* bus) const { SdBus::load()->flushCloseUnref(bus); }
 };
 struct MessageDeleter {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+    void operator()(sd_bus_message* message) const { SdBus::load()->messageUnref(message); }
 };
 using Bus = std::unique_ptr<sd_bus, BusDeleter>;
 using Message = std::unique_ptr<sd_bus_message, MessageDeleter>;
 
 // The user's session bus, when there is one; connecting never starts a bus.
 Bus sessionBus() {
+    const SdBus* sd = SdBus::load();
     sd_bus* bus = nullptr;
-    if (sd_bus_open_user(&bus) < 0) {
+    if (!sd || sd->openUser(&bus) < 0) {
         return nullptr;
     }
     return Bus(bus);
 }
 
 bool appIsRunning(sd_bus* bus) {
+    const SdBus& sd = *SdBus::load();
     sd_bus_error error = SD_BUS_ERROR_NULL;
     sd_bus_message* reply = nullptr;
     int owned = 0;
     const int r =
-        sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                           "org.freedesktop.DBus", "NameHasOwner", &error, &reply, "s", kBusName);
+        sd.callMethod(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                      "NameHasOwner", &error, &reply, "s", kBusName);
     if (r >= 0) {
-        sd_bus_message_read(reply, "b", &owned);
+        sd.messageRead(reply, "b", &owned);
     }
-    sd_bus_message_unref(reply);
-    sd_bus_error_free(&error);
+    sd.messageUnref(reply);
+    sd.errorFree(&error);
     return owned != 0;
 }
 
 // Hands the verb line to the app and returns its answer. `startApp`: let the bus start
 // Daywyn through its service file when it is not running.
 CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool startApp) {
+    const SdBus& sd = *SdBus::load();
     sd_bus_message* raw = nullptr;
-    if (sd_bus_message_new_method_call(bus, &raw, kBusName, kBusObjectPath, kBusInterface, "Run") <
-        0) {
+    if (sd.newMethodCall(bus, &raw, kBusName, kBusObjectPath, kBusInterface, "Run") < 0) {
         return CommandOutput{1, {}, "Daywyn could not be reached over D-Bus.\n"};
     }
     Message call(raw);
-    sd_bus_message_set_auto_start(call.get(), startApp ? 1 : 0);
+    sd.setAutoStart(call.get(), startApp ? 1 : 0);
     std::vector<const char*> strings;
     for (const auto& arg : args) {
         strings.push_back(arg.c_str());
     }
     strings.push_back(nullptr);
-    sd_bus_message_append_strv(call.get(), const_cast<char**>(strings.data()));
+    sd.appendStrv(call.get(), const_cast<char**>(strings.data()));
 
     sd_bus_error error = SD_BUS_ERROR_NULL;
     sd_bus_message* reply = nullptr;
-    const int r = sd_bus_call(bus, call.get(), answerTimeoutMicroseconds(), &error, &reply);
+    const int r = sd.call(bus, call.get(), answerTimeoutMicroseconds(), &error, &reply);
     Message answer(reply);
     CommandOutput output;
     if (r == -ETIMEDOUT) {
@@ -138,7 +188,7 @@ CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool s
         int status = 1;
         const char* out = "";
         const char* err = "";
-        if (sd_bus_message_read(answer.get(), "iss", &status, &out, &err) < 0) {
+        if (sd.messageRead(answer.get(), "iss", &status, &out, &err) < 0) {
             output = CommandOutput{1,
                                    {},
                                    "Daywyn answered in a form this program does not "
@@ -147,7 +197,7 @@ CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool s
             output = CommandOutput{status, out, err};
         }
     }
-    sd_bus_error_free(&error);
+    sd.errorFree(&error);
     return output;
 }
 
