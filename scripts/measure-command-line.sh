@@ -37,10 +37,12 @@ env -u DBUS_SESSION_BUS_ADDRESS XDG_RUNTIME_DIR="$root/runtime" XDG_DATA_HOME="$
 cat > "$root/launch.c" <<'C'
 #include <fcntl.h>
 #include <stdio.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
-/* Runs argv[1..] once with output to /dev/null; prints the wall time in ms. */
+/* Runs argv[1..] once with output to /dev/null; prints the wall time and the CPU
+   time (user + system) in ms. */
 int main(int argc, char** argv) {
     (void)argc;
     struct timespec a, b;
@@ -54,9 +56,12 @@ int main(int argc, char** argv) {
         _exit(127);
     }
     int status = 0;
-    waitpid(pid, &status, 0);
+    struct rusage usage;
+    wait4(pid, &status, 0, &usage);
     clock_gettime(CLOCK_MONOTONIC, &b);
-    printf("%.3f\n", (b.tv_sec - a.tv_sec) * 1e3 + (b.tv_nsec - a.tv_nsec) / 1e6);
+    printf("%.3f %.3f\n", (b.tv_sec - a.tv_sec) * 1e3 + (b.tv_nsec - a.tv_nsec) / 1e6,
+           (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 +
+               (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }
 C
@@ -101,7 +106,9 @@ in_sandbox() {
     XDG_DATA_HOME="$root/data" XDG_CONFIG_HOME="$root/config" XDG_RUNTIME_DIR="$root/runtime" \
     "$@"
 }
-median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
+# The median of one column (1: wall time, 2: CPU time) of a file of runs.
+median() { awk -v c="${2:-1}" '{ print $c }' "$1" | sort -n |
+  awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
 
 python=$(command -v python3)
 for _ in $(seq "$runs"); do
@@ -132,21 +139,22 @@ wait \$app || true
 SH
   chmod +x "$root/bus.sh"
   in_sandbox dbus-run-session -- "$root/bus.sh" || true
-  [ -s "$root/bus.times" ] && bus_add=$(median < "$root/bus.times")
+  [ -s "$root/bus.times" ] && bus_add=$(median "$root/bus.times")
 fi
 
-floor=$(median < "$root/floor.times")
-add=$(median < "$root/add.times")
-py=$(median < "$root/python.times")
-today=$(median < "$root/today.times")
-version=$(median < "$root/version.times")
+# On a busy machine the wall time includes waiting for a core; the CPU time (user +
+# system) of the process itself is shown beside it.
+for what in floor add python today version; do
+  eval "${what}=\$(median \"\$root/${what}.times\")"
+  eval "${what}_cpu=\$(median \"\$root/${what}.times\" 2)"
+done
 size=$(stat -c %s "$state")
-echo "State file: $((size / 1024)) KiB, $runs runs each, medians in ms"
-printf "  floor (C write+fsync+rename)  %8.2f\n" "$floor"
-printf "  python json load+dump+fsync    %8.2f\n" "$py"
-awk -v a="$add" -v f="$floor" -v p="$py" 'BEGIN {
-  printf "  daywyn add                     %8.2f   (%.2fx the floor, %.1fx faster than Python)\n",
-    a, a / f, p / a }'
-printf "  daywyn today                   %8.2f\n" "$today"
-printf "  daywyn --version               %8.2f\n" "$version"
-echo   "  daywyn add over the bus        $bus_add"
+echo "State file: $((size / 1024)) KiB, $runs runs each, medians in ms (wall, CPU)"
+printf "  floor (C write+fsync+rename)  %8.2f %8.2f\n" "$floor" "$floor_cpu"
+printf "  python json load+dump+fsync   %8.2f %8.2f\n" "$python" "$python_cpu"
+printf "  daywyn add                    %8.2f %8.2f\n" "$add" "$add_cpu"
+printf "  daywyn today                  %8.2f %8.2f\n" "$today" "$today_cpu"
+printf "  daywyn --version              %8.2f %8.2f\n" "$version" "$version_cpu"
+echo   "  daywyn add over the bus       $bus_add (wall)"
+awk -v a="$add" -v f="$floor" -v p="$python" 'BEGIN {
+  printf "  add: %.2fx the floor, %.1fx faster than Python (wall)\n", a / f, p / a }'
