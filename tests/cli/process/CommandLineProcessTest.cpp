@@ -307,6 +307,32 @@ TEST_F(DaywynCompletion, BashCompletesVerbsOptionsAndTaskIds) {
     EXPECT_NE(complete("daywyn pin " + lower, 2).find(first), std::string::npos);
 }
 
+TEST_F(DaywynCompletion, TheZshCompletionParsesAndOffersTheSameTaskIds) {
+    ASSERT_EQ(daywyn({"add", "Pay rent"}).status, 0);
+    std::string expected;
+    std::vector<std::string> ids;
+    for (const auto& task : state()["tasks"].GetArray()) {
+        ids.push_back(std::string(task["id"].GetString()).substr(0, 8));
+    }
+    std::sort(ids.begin(), ids.end());
+    for (const auto& id : ids) {
+        expected += id + "\n";
+    }
+    // The script without its last line (which runs the completion), with compadd
+    // standing in for zsh's completion system.
+    const std::string binFolder = fs::path(DAYWYN_BINARY_PATH).parent_path().string();
+    const std::string script = "source <(sed '$d' '" DAYWYN_GENERATED_DIR "/_daywyn')\n"
+                               "compadd() { [[ $1 == -a ]] && print -l ${(P)2} }\n"
+                               "_daywyn_task_ids | sort\n";
+    const auto zsh = test::runProcess({"/usr/bin/zsh", "-f", "-c", script},
+                                      {{"XDG_DATA_HOME", dataHome},
+                                       {"PATH", binFolder + ":/usr/bin:/bin"},
+                                       {"DAYWYN_NOW", "2026-03-04T08:15:00Z"}});
+    EXPECT_EQ(zsh.err, "");
+    EXPECT_EQ(zsh.out, expected);
+    EXPECT_EQ(test::runProcess({"/usr/bin/zsh", "-n", DAYWYN_GENERATED_DIR "/_daywyn"}).status, 0);
+}
+
 TEST_F(DaywynCommand, TheManualPageIsValidRoffListingEveryVerb) {
     const std::string page = test::readFile(DAYWYN_GENERATED_DIR "/daywyn.1");
     // Roff needs the hyphen of "quick-add" escaped.
