@@ -124,18 +124,18 @@ bus_add="n/a"
 if command -v dbus-run-session > /dev/null; then
   cat > "$root/bus.sh" <<SH
 #!/usr/bin/env bash
-set -eu
+set -u
 QT_QPA_PLATFORM=offscreen DAYWYN_HERMETIC=1 "$here/$build/daywyn-app" 2> /dev/null &
 app=\$!
+# The app must not outlive its bus, whatever happens below.
+trap 'kill \$app 2> /dev/null; wait \$app 2> /dev/null' EXIT
 for _ in \$(seq 200); do
   busctl --user status org.daywyn.Daywyn > /dev/null 2>&1 && break
   sleep 0.05
 done
 for _ in \$(seq $runs); do
-  "$root/launch" "$daywyn" add "Measure the bus" >> "$root/bus.times"
+  "$root/launch" "$daywyn" add "Measure the bus" >> "$root/bus.times" || true
 done
-kill \$app
-wait \$app || true
 SH
   chmod +x "$root/bus.sh"
   in_sandbox dbus-run-session -- "$root/bus.sh" || true

@@ -101,5 +101,17 @@ TEST(CommandLineOverTheBus, WindowVerbsStartTheAppAndWritingVerbsReachIt) {
     EXPECT_TRUE(test::waitUntil([names] { return !names->isServiceRegistered(kService).value(); }));
 }
 
+TEST(CommandLineOverTheBus, WithoutAServiceFileAWindowVerbStartsTheAppItself) {
+    // As in the build tree before `make install`: the bus cannot start Daywyn.
+    const auto opened = test::runProcess({DAYWYN_BINARY_PATH, "quick-add"});
+    EXPECT_EQ(opened.status, 0) << opened.err;
+    QDBusConnectionInterface* names = QDBusConnection::sessionBus().interface();
+    ASSERT_TRUE(names->isServiceRegistered(kService).value());
+    const uint pid = names->servicePid(kService).value();
+    ASSERT_GT(pid, 0u);
+    ::kill(static_cast<pid_t>(pid), SIGTERM);
+    EXPECT_TRUE(test::waitUntil([names] { return !names->isServiceRegistered(kService).value(); }));
+}
+
 } // namespace
 } // namespace daywyn

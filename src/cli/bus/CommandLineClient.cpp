@@ -1,13 +1,19 @@
 #include "cli/bus/CommandLineClient.h"
 
 #include <chrono>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <memory>
+#include <sys/wait.h>
 #include <systemd/sd-bus.h>
+#include <thread>
 #include <type_traits>
+#include <unistd.h>
 
 #include "base/Calendar.h"
 #include "base/Version.h"
@@ -153,7 +159,9 @@ bool appIsRunning(sd_bus* bus) {
 
 // Hands the verb line to the app and returns its answer. `startApp`: let the bus start
 // Daywyn through its service file when it is not running.
-CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool startApp) {
+// `errorName` receives the D-Bus error's name when the call failed.
+CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool startApp,
+                       std::string* errorName = nullptr) {
     const SdBus& sd = *SdBus::load();
     sd_bus_message* raw = nullptr;
     if (sd.newMethodCall(bus, &raw, kBusName, kBusObjectPath, kBusInterface, "Run") < 0) {
@@ -180,6 +188,9 @@ CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool s
                                "Daywyn is running but did not answer in time; check 'daywyn "
                                "today' before trying again.\n"};
     } else if (r < 0) {
+        if (errorName && error.name) {
+            *errorName = error.name;
+        }
         output = CommandOutput{1,
                                {},
                                std::string("Daywyn could not be reached over D-Bus: ") +
@@ -199,6 +210,53 @@ CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool s
     }
     sd.errorFree(&error);
     return output;
+}
+
+// Starts the desktop app detached from this process, for a window verb where the bus
+// cannot start it (no service file: run from the build tree, not installed).
+bool startAppInBackground() {
+    const std::string app = desktopAppPath();
+    if (app.empty()) {
+        return false;
+    }
+    const pid_t child = ::fork();
+    if (child < 0) {
+        return false;
+    }
+    if (child == 0) {
+        ::setsid();
+        if (::fork() != 0) {
+            ::_exit(0);
+        }
+        const int null = ::open("/dev/null", O_RDWR);
+        // Nothing of this process's output stays open: whoever reads it (a shell
+        // pipe, a key binding's launcher) waits for its end, not the app's.
+        ::dup2(null, 0);
+        ::dup2(null, 1);
+        ::dup2(null, 2);
+        // Nor any other descriptor this process inherited (a caller's pipe, the bus).
+        ::close_range(3, ~0U, 0);
+        ::execl(app.c_str(), app.c_str(), static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return true;
+}
+
+CommandOutput runWindowVerb(sd_bus* bus, const std::vector<std::string>& args) {
+    if (appIsRunning(bus)) {
+        return runInApp(bus, args, false);
+    }
+    std::string errorName;
+    CommandOutput activated = runInApp(bus, args, true, &errorName);
+    if (errorName != "org.freedesktop.DBus.Error.ServiceUnknown" || !startAppInBackground()) {
+        return activated;
+    }
+    for (int waited = 0; waited < 300 && !appIsRunning(bus); ++waited) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return runInApp(bus, args, false);
 }
 
 int runHere(VerbLine& line, VerbAccess access) {
@@ -242,6 +300,20 @@ int runHere(VerbLine& line, VerbAccess access) {
 
 } // namespace
 
+std::string desktopAppPath() {
+    char path[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
+    const std::string self =
+        length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
+    const std::string folder = self.substr(0, self.rfind('/'));
+    for (const std::string& app : {folder + "/daywyn-app", folder + "/" DAYWYN_APP_FROM_BINDIR}) {
+        if (::access(app.c_str(), X_OK) == 0) {
+            return app;
+        }
+    }
+    return {};
+}
+
 int runCommandLine(const std::vector<std::string>& given) {
     if (given.empty()) {
         return 2;
@@ -274,7 +346,7 @@ int runCommandLine(const std::vector<std::string>& given) {
             return print(CommandOutput{
                 1, {}, "Daywyn could not be reached: there is no D-Bus session bus.\n"});
         }
-        return print(runInApp(bus.get(), args, true));
+        return print(runWindowVerb(bus.get(), args));
     }
     if (access == VerbAccess::writing) {
         if (Bus bus = sessionBus(); bus && appIsRunning(bus.get())) {
