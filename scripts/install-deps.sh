@@ -19,6 +19,9 @@ packages=(
   qml6-module-qttest qt6-qpa-plugins libxcb1-dev
   # hermetic test environment: a private session bus, a virtual display
   dbus dbus-bin xvfb xauth x11-utils xdotool openbox
+  # the command line's session-bus client (sd-bus), lighter than loading Qt; zsh and
+  # groff check the generated completion and manual page
+  libsystemd-dev zsh groff-base
   # measuring the desktop app (scripts/measure-desktop.sh)
   time
   # updates and packaging: the manifest reader, the icon's PNG sizes, checks of the .deb

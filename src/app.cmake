@@ -1,12 +1,22 @@
-# daywyn_app: the Qt layer (every src/*/qt/ folder) and the daywyn executable.
+# daywyn_app: the Qt layer (every src/*/qt/ folder) and the daywyn-app executable;
+# daywyn: the light command-line program (src/cli/bus/), which loads no Qt.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui DBus Multimedia Qml Quick QuickControls2 Widgets)
+include(GNUInstallDirs)
 
 set(CMAKE_AUTOMOC ON)
 
 file(GLOB DAYWYN_APP_SOURCES CONFIGURE_DEPENDS
     ${CMAKE_CURRENT_SOURCE_DIR}/*/qt/*.cpp
     ${CMAKE_CURRENT_SOURCE_DIR}/*/qt/*.h)
+list(FILTER DAYWYN_APP_SOURCES EXCLUDE REGEX "/app/qt/main\\.cpp$")
+# The app's side of org.daywyn.Daywyn and the proxy that calls it, made from the one
+# interface description.
+set(DAYWYN_BUS_XML ${CMAKE_CURRENT_SOURCE_DIR}/app/qt/org.daywyn.Daywyn.xml)
+qt_add_dbus_adaptor(DAYWYN_APP_SOURCES ${DAYWYN_BUS_XML} app/qt/DaywynBusService.h
+    daywyn::DaywynBusService daywyn_adaptor DaywynAdaptor)
+qt_add_dbus_interface(DAYWYN_APP_SOURCES ${DAYWYN_BUS_XML} daywyn_interface)
 add_library(daywyn_app STATIC ${DAYWYN_APP_SOURCES})
+target_include_directories(daywyn_app PUBLIC ${CMAKE_CURRENT_BINARY_DIR})
 target_link_libraries(daywyn_app PUBLIC daywyn_core
     Qt6::Core Qt6::Gui Qt6::DBus Qt6::Multimedia Qt6::Qml Qt6::Quick Qt6::QuickControls2 Qt6::Widgets)
 target_compile_definitions(daywyn_app PUBLIC QT_NO_KEYWORDS)
@@ -22,11 +32,51 @@ find_package(Qt6 6.4 REQUIRED COMPONENTS Network)
 find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
 target_link_libraries(daywyn_app PUBLIC Qt6::Network OpenSSL::Crypto)
 
-add_executable(daywyn ${CMAKE_CURRENT_SOURCE_DIR}/main.cpp)
-target_link_libraries(daywyn PRIVATE daywyn_app)
+add_executable(daywyn-app ${CMAKE_CURRENT_SOURCE_DIR}/app/qt/main.cpp)
+target_link_libraries(daywyn-app PRIVATE daywyn_app)
+daywyn_warnings(daywyn-app)
+set_target_properties(daywyn-app PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+set(DAYWYN_APP_INSTALL_DIR ${CMAKE_INSTALL_LIBEXECDIR}/daywyn)
+install(TARGETS daywyn-app RUNTIME DESTINATION ${DAYWYN_APP_INSTALL_DIR})
+
+# The command line: the core, ICU and sd-bus for the session bus. With no verb it hands
+# over to daywyn-app (beside it in the build tree, the relative path below once
+# installed, whatever the prefix).
+pkg_check_modules(DAYWYN_SDBUS REQUIRED IMPORTED_TARGET libsystemd)
+file(GLOB DAYWYN_CLI_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/cli/bus/*.cpp)
+add_executable(daywyn ${DAYWYN_CLI_SOURCES})
+file(RELATIVE_PATH DAYWYN_APP_FROM_BINDIR /prefix/${CMAKE_INSTALL_BINDIR}
+    /prefix/${DAYWYN_APP_INSTALL_DIR}/daywyn-app)
+target_compile_definitions(daywyn PRIVATE DAYWYN_APP_FROM_BINDIR="${DAYWYN_APP_FROM_BINDIR}")
+# sd-bus is loaded with dlopen by the verbs that need it: only its header is used here.
+target_include_directories(daywyn SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
+target_link_libraries(daywyn PRIVATE daywyn_core ${CMAKE_DL_LIBS})
+# Only the libraries a verb uses are loaded.
+target_link_options(daywyn PRIVATE -Wl,--as-needed)
 daywyn_warnings(daywyn)
 set_target_properties(daywyn PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
-install(TARGETS daywyn RUNTIME DESTINATION bin)
+add_dependencies(daywyn daywyn-app)
+install(TARGETS daywyn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+# The manual page and the shell completions, written by the program from its verb
+# table.
+set(DAYWYN_GENERATED ${PROJECT_BINARY_DIR}/generated)
+add_custom_command(
+    OUTPUT ${DAYWYN_GENERATED}/daywyn.1 ${DAYWYN_GENERATED}/daywyn.bash
+        ${DAYWYN_GENERATED}/_daywyn
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${DAYWYN_GENERATED}
+    COMMAND daywyn --man > ${DAYWYN_GENERATED}/daywyn.1
+    COMMAND daywyn --completion bash > ${DAYWYN_GENERATED}/daywyn.bash
+    COMMAND daywyn --completion zsh > ${DAYWYN_GENERATED}/_daywyn
+    DEPENDS daywyn
+    COMMENT "Writing the manual page and the shell completions")
+add_custom_target(daywyn_docs ALL DEPENDS ${DAYWYN_GENERATED}/daywyn.1
+    ${DAYWYN_GENERATED}/daywyn.bash ${DAYWYN_GENERATED}/_daywyn)
+install(FILES ${DAYWYN_GENERATED}/daywyn.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${DAYWYN_GENERATED}/daywyn.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME daywyn)
+install(FILES ${DAYWYN_GENERATED}/_daywyn DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+install(FILES ${DAYWYN_BUS_XML} DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/interfaces)
 
 # The screens' QML, compiled into the binary.
 file(GLOB DAYWYN_QML_FILES CONFIGURE_DEPENDS
@@ -43,9 +93,8 @@ qt_add_resources(daywyn_app daywyn_sounds
 
 # A D-Bus call to org.daywyn.Daywyn starts the app when it is not running (the command
 # line relies on it), and the desktop entry puts Daywyn in the application menu. Both
-# name the installed binary, so they are written at install time (the prefix may be
+# name an installed program, so they are written at install time (the prefix may be
 # chosen then).
-include(GNUInstallDirs)
 foreach(template IN ITEMS org.daywyn.Daywyn.service daywyn.desktop)
     if(template MATCHES "service$")
         set(destination ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
@@ -54,6 +103,7 @@ foreach(template IN ITEMS org.daywyn.Daywyn.service daywyn.desktop)
     endif()
     install(CODE "
         set(DAYWYN_INSTALLED_BINARY \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/daywyn\")
+        set(DAYWYN_INSTALLED_APP \"\${CMAKE_INSTALL_PREFIX}/${DAYWYN_APP_INSTALL_DIR}/daywyn-app\")
         file(READ \"${CMAKE_CURRENT_SOURCE_DIR}/shell/install/${template}.in\" text)
         string(CONFIGURE \"\${text}\" text @ONLY)
         file(WRITE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${destination}/${template}\" \"\${text}\")

@@ -137,7 +137,10 @@ Result<std::optional<PersistedState>> JSONTaskRepository::load() {
     if (auto* legacy = std::get_if<LegacyPersistedState>(&decoded.value())) {
         return std::optional<PersistedState>(legacy->migrated(now_()));
     }
-    return std::optional<PersistedState>(std::get<PersistedState>(std::move(decoded).value()));
+    auto& state = std::get<PersistedState>(decoded.value());
+    // A later version is rewritten as this one at start-up; this one need not be.
+    loadedCurrentFormat_ = state.version == PersistedState::kCurrentVersion;
+    return std::optional<PersistedState>(std::move(state));
 }
 
 Status JSONTaskRepository::save(const PersistedStateView& state) {

@@ -49,6 +49,7 @@ public:
     // members decode): that state. The older format: migrated at now(). Anything else
     // is moved aside and the Error is corruptFileMessage of its new name.
     Result<std::optional<PersistedState>> load() override;
+    bool loadedCurrentFormat() const override { return loadedCurrentFormat_; }
 
     // Replaces the file with the state, durably: a crash at any moment leaves a file
     // that loads as either the previous or this state. Takes the writer lock first if
@@ -72,6 +73,7 @@ private:
     Clock now_;
     Clock wallClock_;
     int lockFd_ = -1;
+    bool loadedCurrentFormat_ = false;
     // Removes the previous generation's name off the caller's thread (see save()).
     std::thread remover_;
 };

@@ -17,8 +17,10 @@ constexpr const char* kVoiceSaveFailed =
     "Daywyn could not save your voice tasks. Please try again: ";
 
 // Keeps the first open holder of each rank 1-3; every other rank is cleared.
-void repairPriorities(std::vector<TaskItem>& tasks) {
+// Both repairs say whether they changed anything.
+bool repairPriorities(std::vector<TaskItem>& tasks) {
     bool taken[4] = {false, false, false, false};
+    bool changed = false;
     for (auto& task : tasks) {
         if (!task.priorityRank) {
             continue;
@@ -26,16 +28,19 @@ void repairPriorities(std::vector<TaskItem>& tasks) {
         const long long rank = *task.priorityRank;
         if (task.isComplete || rank < 1 || rank > 3 || taken[rank]) {
             task.priorityRank.reset();
+            changed = true;
         } else {
             taken[rank] = true;
         }
     }
+    return changed;
 }
 
 // One timer at a time: the first open running task keeps running; every other live
 // start (completed tasks included) is closed at the load time.
-void repairTimers(std::vector<TaskItem>& tasks, Instant now, int budgetWarningLeadMinutes) {
+bool repairTimers(std::vector<TaskItem>& tasks, Instant now, int budgetWarningLeadMinutes) {
     bool keptOne = false;
+    bool changed = false;
     for (auto& task : tasks) {
         if (!task.liveSessionStartedAt) {
             continue;
@@ -45,7 +50,9 @@ void repairTimers(std::vector<TaskItem>& tasks, Instant now, int budgetWarningLe
             continue;
         }
         stopLiveSession(task, now, budgetWarningLeadMinutes);
+        changed = true;
     }
+    return changed;
 }
 
 long long civilDay(const Calendar& calendar, Instant at) {
@@ -210,8 +217,15 @@ TodayTaskStore::TodayTaskStore(std::unique_ptr<TaskRepository> repository, Insta
         tasks_ = std::move(state.tasks);
         reports_ = std::move(state.reports);
         preferences_ = std::move(state.preferences);
-        repairPriorities(tasks_);
-        repairTimers(tasks_, now, preferences_.budgetWarningLeadMinutes);
+        const bool repairedPriorities = repairPriorities(tasks_);
+        const bool repairedTimers =
+            repairTimers(tasks_, now, preferences_.budgetWarningLeadMinutes);
+        // A file in the current format that needed no repair is already what a save
+        // would write: rewriting it would cost a durable write of the whole file and
+        // change its modification time for nothing.
+        if (repository_->loadedCurrentFormat() && !repairedPriorities && !repairedTimers) {
+            return;
+        }
     }
     // A first-run or normalised (perhaps migrated) state is on disk before any use.
     Impl::persist(*this);

@@ -107,17 +107,22 @@ TEST(DesktopApp, WritingVerbsAndAddTaskAreAnsweredByTheRunningApp) {
     EXPECT_EQ(add.status, 0) << add.err;
 
     QDBusInterface daywyn(kService, QStringLiteral("/org/daywyn/Daywyn"), kService);
-    QDBusMessage reply = daywyn.call(QStringLiteral("AddTask"), QStringLiteral("  Buy milk "),
-                                     QStringLiteral("2026-03-04T08:15:00Z"));
+    QDBusMessage reply = daywyn.call(
+        QStringLiteral("Run"),
+        QStringList{QStringLiteral("add"), QStringLiteral("--literal"), QStringLiteral("--at"),
+                    QStringLiteral("2026-03-04T08:15:00Z"), QStringLiteral("  Buy milk ")});
     ASSERT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
     EXPECT_EQ(reply.arguments().value(0).toInt(), 0);
-    EXPECT_EQ(reply.arguments().value(1).toString(), QStringLiteral("Added Buy milk to Daywyn."));
+    EXPECT_EQ(reply.arguments().value(1).toString(), QStringLiteral("Added Buy milk to Daywyn.\n"));
 
-    reply = daywyn.call(QStringLiteral("AddTask"), QStringLiteral(" "), QString());
+    reply = daywyn.call(
+        QStringLiteral("Run"),
+        QStringList{QStringLiteral("add"), QStringLiteral("--literal"), QStringLiteral(" ")});
     EXPECT_EQ(reply.arguments().value(0).toInt(), 1);
-    EXPECT_EQ(reply.arguments().value(1).toString(), QStringLiteral("Give the task a title."));
-    reply =
-        daywyn.call(QStringLiteral("AddTask"), QStringLiteral("Later"), QStringLiteral("tomorrow"));
+    EXPECT_EQ(reply.arguments().value(2).toString(), QStringLiteral("Give the task a title.\n"));
+    reply = daywyn.call(QStringLiteral("Run"),
+                        QStringList{QStringLiteral("add"), QStringLiteral("--at"),
+                                    QStringLiteral("tomorrow"), QStringLiteral("Later")});
     EXPECT_EQ(reply.arguments().value(0).toInt(), 2);
 
     // The app saved both before answering; it is still the only writer.
@@ -132,14 +137,15 @@ TEST(DesktopApp, ACallOnTheBusStartsTheAppWhenItIsNotRunning) {
         qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/dbus-1/services");
     QDir().mkpath(services);
     test::writeFile((services + QStringLiteral("/org.daywyn.Daywyn.service")).toStdString(),
-                    "[D-BUS Service]\nName=org.daywyn.Daywyn\nExec=" DAYWYN_BINARY_PATH "\n");
+                    "[D-BUS Service]\nName=org.daywyn.Daywyn\nExec=" DAYWYN_APP_PATH "\n");
     ASSERT_FALSE(serviceRunning());
 
     QDBusInterface daywyn(kService, QStringLiteral("/org/daywyn/Daywyn"), kService);
-    const QDBusMessage reply =
-        daywyn.call(QStringLiteral("AddTask"), QStringLiteral("Call Ama"), QString());
+    const QDBusMessage reply = daywyn.call(
+        QStringLiteral("Run"), QStringList{QStringLiteral("add"), QStringLiteral("--literal"),
+                                           QStringLiteral("Call Ama")});
     ASSERT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
-    EXPECT_EQ(reply.arguments().value(1).toString(), QStringLiteral("Added Call Ama to Daywyn."));
+    EXPECT_EQ(reply.arguments().value(1).toString(), QStringLiteral("Added Call Ama to Daywyn.\n"));
     EXPECT_TRUE(taskTitles().contains(QStringLiteral("Call Ama")));
 
     // The bus started it; end it by the process id the bus reports.

@@ -12,9 +12,9 @@
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 
+#include "app/qt/AppEnvironment.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
 #include "reminders/qt/ReminderChime.h"
-#include "shell/qt/AppEnvironment.h"
 #include "shell/qt/EdgePanelController.h"
 #include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"

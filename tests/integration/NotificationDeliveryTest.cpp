@@ -8,9 +8,9 @@
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 
+#include "app/qt/AppEnvironment.h"
 #include "reminders/qt/FakeNotificationServer.h"
 #include "reminders/qt/NotificationManager.h"
-#include "shell/qt/AppEnvironment.h"
 #include "shell/qt/EdgePanelController.h"
 #include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"

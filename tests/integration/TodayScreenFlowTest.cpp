@@ -8,9 +8,9 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include "app/qt/AppEnvironment.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
-#include "shell/qt/AppEnvironment.h"
 #include "shell/qt/EdgePanelController.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"

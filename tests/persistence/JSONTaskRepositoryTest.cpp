@@ -154,6 +154,24 @@ TEST(JSONTaskRepository, LoadsAnEmptyOldFileAndANewerVersionAsTheyAre) {
     EXPECT_EQ(newer.value()->preferences.edgeAnchor, EdgeAnchor::bottomRight);
 }
 
+TEST(JSONTaskRepository, SaysWhetherTheFileWasInTheCurrentFormat) {
+    // Only a version 2 file may be left as it is at start-up; an old one must be
+    // migrated on disk and a newer one rewritten as version 2.
+    const std::pair<std::string, bool> files[] = {
+        {R"({"version":1,"tasks":[],"preferences":{}})", false},
+        {R"({"version":2,"tasks":[],"preferences":{},"reports":[]})", true},
+        {fixture("future-version.json"), false},
+        {"not json", false}};
+    for (const auto& [bytes, current] : files) {
+        SCOPED_TRACE(bytes.substr(0, 40));
+        writeBytes(stateFilePath(), bytes);
+        auto repository = makeRepository();
+        EXPECT_FALSE(repository->loadedCurrentFormat());
+        (void)repository->load();
+        EXPECT_EQ(repository->loadedCurrentFormat(), current);
+    }
+}
+
 TEST(JSONTaskRepository, MovesAnUnreadableFileAsideAndSaysWhere) {
     const std::pair<const char*, std::string> cases[] = {
         {"not JSON", "{\"version\": 2, \"tasks\": ["},

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "base/Calendar.h"
-#include "shell/CommandLine.h"
+#include "cli/CommandLine.h"
 #include "shell/QuickAddPlacement.h"
 #include "shell/QuickCaptureShortcutStatus.h"
 

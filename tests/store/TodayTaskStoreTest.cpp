@@ -76,6 +76,37 @@ TEST(TodayTaskStore, StartUpKeepsTheFirstHolderOfEachRankAndOneRunningTimer) {
     EXPECT_EQ(s.repo->lastSaved().tasks, s.store.tasks());
 }
 
+TEST(TodayTaskStore, AStateReadInTheCurrentFormatIsSavedAtStartUpOnlyWhenRepaired) {
+    const auto loadedCurrent = [](std::vector<TaskItem> tasks) {
+        auto repository = test::FakeRepository::holding(
+            PersistedState{PersistedState::kCurrentVersion, std::move(tasks), {}, {}});
+        repository->setLoadsCurrentFormat(true);
+        return repository;
+    };
+    // Nothing to repair: the file already holds what a save would write.
+    test::StoreUnderTest clean(
+        loadedCurrent({TaskBuilder("A").pinned(1).running(kNow), TaskBuilder("B").pinned(2)}),
+        kNow + 60.0, kNewYork);
+    EXPECT_EQ(clean.repo->saveCount(), 0);
+    EXPECT_EQ(clean.store.persistenceError(), std::nullopt);
+    EXPECT_EQ(clean.store.addTaskReliably(titled("C"), kNow, kNewYork), std::nullopt);
+    EXPECT_EQ(clean.repo->saveCount(), 1);
+
+    // A repaired rank or a second running timer is written back at once.
+    test::StoreUnderTest ranks(
+        loadedCurrent({TaskBuilder("A").pinned(1), TaskBuilder("B").pinned(1)}), kNow, kNewYork);
+    EXPECT_EQ(ranks.repo->saveCount(), 1);
+    test::StoreUnderTest timers(
+        loadedCurrent({TaskBuilder("A").running(kNow), TaskBuilder("B").running(kNow)}), kNow,
+        kNewYork);
+    EXPECT_EQ(timers.repo->saveCount(), 1);
+    EXPECT_FALSE(timers.repo->lastSaved().tasks[1].isRunning());
+
+    // A migrated (or otherwise not current) file is rewritten in the current format.
+    test::StoreUnderTest migrated({TaskBuilder("A")}, kNow, kNewYork);
+    EXPECT_EQ(migrated.repo->saveCount(), 1);
+}
+
 TEST(TodayTaskStore, PinsAtMostThreePrioritiesAndReusesTheFreedRank) {
     test::StoreUnderTest s({TaskBuilder("A"), TaskBuilder("B"), TaskBuilder("C"), TaskBuilder("D")},
                            kNow, kNewYork);

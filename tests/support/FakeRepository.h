@@ -23,6 +23,10 @@ public:
     static std::unique_ptr<FakeRepository> failingLoad(std::string message);
 
     Result<std::optional<PersistedState>> load() override;
+    bool loadedCurrentFormat() const override { return currentFormat_; }
+    // Makes load() report a file in the current format (JSONTaskRepository's answer
+    // for a version 2 file), so the store may skip its start-up save.
+    void setLoadsCurrentFormat(bool current) { currentFormat_ = current; }
     Status save(const PersistedStateView& state) override;
 
     // The next `count` saves fail with `reason` and record nothing.
@@ -38,6 +42,7 @@ private:
     std::optional<PersistedState> stored_;
     std::optional<std::string> loadError_;
     int failuresLeft_ = 0;
+    bool currentFormat_ = false;
     std::string failureReason_;
     std::vector<PersistedState> saves_;
 };

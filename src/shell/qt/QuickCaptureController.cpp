@@ -15,6 +15,7 @@
 #include "shell/qt/GlobalShortcut.h"
 #include "shell/qt/QuickCaptureFocus.h"
 #include "shell/qt/UserSettings.h"
+#include "store/AddFromLine.h"
 #include "store/TodayTaskStore.h"
 
 namespace daywyn {
@@ -262,15 +263,9 @@ bool QuickCaptureController::submit() {
     isSubmitting_ = true;
     QElapsedTimer sinceEnter;
     sinceEnter.start();
-    const Instant now = clock_();
-    const TaskDraft draft =
-        QuickTaskParser::draft(draftText_.trimmed().toStdString(), now, calendar_);
-    std::optional<std::string> error = draft.validationMessage();
-    if (!error) {
-        error = store_.addTaskReliably(draft, now, calendar_);
-    }
-    if (error) {
-        setCaptureError(QString::fromStdString(*error));
+    const auto added = addFromLine(store_, draftText_.trimmed().toStdString(), clock_(), calendar_);
+    if (!added) {
+        setCaptureError(QString::fromStdString(added.error()));
         isSubmitting_ = false;
         return false;
     }

@@ -1,6 +1,7 @@
 #include "ui/qt/TodayModel.h"
 
 #include "parsing/QuickTaskParser.h"
+#include "store/AddFromLine.h"
 #include "ui/TaskRowText.h"
 #include "ui/qt/DisplayFormat.h"
 
@@ -321,11 +322,9 @@ QVariantList TodayModel::previewQuickAdd(const QString& text) const {
 }
 
 bool TodayModel::addFromText(const QString& text) {
-    const Instant now = clock_();
-    const TaskDraft draft = QuickTaskParser::draft(text.toStdString(), now, calendar_);
-    const auto message = store_.addTaskReliably(draft, now, calendar_);
-    report(message);
-    return !message;
+    const auto added = addFromLine(store_, text.toStdString(), clock_(), calendar_);
+    report(added ? std::nullopt : std::optional<std::string>(added.error()));
+    return added.ok();
 }
 
 void TodayModel::toggleComplete(const QString& taskId) {

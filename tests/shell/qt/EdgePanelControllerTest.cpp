@@ -6,7 +6,7 @@
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 
-#include "shell/qt/AppEnvironment.h"
+#include "app/qt/AppEnvironment.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
 

@@ -8,7 +8,7 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
-#include "shell/qt/AppEnvironment.h"
+#include "app/qt/AppEnvironment.h"
 #include "shell/qt/GlobalShortcut.h"
 #include "shell/qt/QuickCaptureFocus.h"
 #include "shell/qt/UserSettings.h"

@@ -2,7 +2,7 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
-#include "shell/qt/AppEnvironment.h"
+#include "app/qt/AppEnvironment.h"
 #include "shell/qt/EdgePanelController.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"

@@ -5,7 +5,7 @@
 #include <QUrl>
 #include <gtest/gtest.h>
 
-#include "shell/qt/AppEnvironment.h"
+#include "app/qt/AppEnvironment.h"
 #include "shell/qt/UserSettings.h"
 #include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "LocalHttpsServer.h"
-#include "shell/qt/AppEnvironment.h"
+#include "app/qt/AppEnvironment.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
 #include "ui/qt/SettingsWindow.h"

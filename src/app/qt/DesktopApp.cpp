@@ -1,4 +1,4 @@
-#include "shell/qt/DesktopApp.h"
+#include "app/qt/DesktopApp.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -21,12 +21,13 @@
 #include <QSettings>
 #include <QSocketNotifier>
 
+#include "app/qt/AppEnvironment.h"
+#include "app/qt/DaywynBusService.h"
 #include "base/Version.h"
+#include "cli/BusAddress.h"
+#include "daywyn_interface.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
-#include "shell/CommandLine.h"
-#include "shell/qt/AppEnvironment.h"
-#include "shell/qt/DaywynBusService.h"
 #include "shell/qt/EdgePanelController.h"
 #include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/TrayIcon.h"
@@ -44,11 +45,11 @@ Instant wallClock() {
 
 // Asks the running instance to show its drawer; true when one answered.
 bool showRunningInstance(QDBusConnection& bus) {
-    const QDBusMessage reply = bus.call(QDBusMessage::createMethodCall(
-        QString::fromLatin1(DaywynBusService::serviceName),
-        QString::fromLatin1(DaywynBusService::objectPath),
-        QString::fromLatin1(DaywynBusService::serviceName), QStringLiteral("Show")));
-    return reply.type() == QDBusMessage::ReplyMessage;
+    OrgDaywynDaywynInterface running(QString::fromLatin1(kBusName),
+                                     QString::fromLatin1(kBusObjectPath), bus);
+    QDBusPendingReply<int, QString, QString> reply = running.Run({QStringLiteral("show")});
+    reply.waitForFinished();
+    return reply.isValid() && reply.argumentAt<0>() == 0;
 }
 
 // A log-out or `kill` ends the app through the event loop, so the writer lock and the
@@ -143,8 +144,7 @@ int runDesktopApp(int argc, char** argv) {
     // One instance per user: a second launch shows the first one's drawer and
     // leaves.
     QDBusConnection bus = QDBusConnection::sessionBus();
-    const QString serviceName = QString::fromLatin1(DaywynBusService::serviceName);
-    if (bus.isConnected() && bus.interface()->isServiceRegistered(serviceName) &&
+    if (bus.isConnected() && bus.interface()->isServiceRegistered(QString::fromLatin1(kBusName)) &&
         showRunningInstance(bus)) {
         return 0;
     }
@@ -166,17 +166,11 @@ int runDesktopApp(int argc, char** argv) {
     const bool dark = Theme::resolveDark(settings.value(QStringLiteral("appearance")).toString());
     AppEnvironment environment(std::move(repository), Calendar(), wallClock, dark);
 
-    DaywynBusService service(environment, [&environment](const std::vector<std::string>& args) {
-        return runCommand(environment.store(), args, environment.now(), environment.calendar());
-    });
-    if (bus.isConnected()) {
-        bus.registerObject(QString::fromLatin1(DaywynBusService::objectPath), &service,
-                           QDBusConnection::ExportAllSlots);
-        // Another instance may have won the name since the check above.
-        if (!bus.registerService(serviceName)) {
-            showRunningInstance(bus);
-            return 0;
-        }
+    DaywynBusService service(environment);
+    // Another instance may have won the name since the check above.
+    if (bus.isConnected() && !service.registerOn(bus)) {
+        showRunningInstance(bus);
+        return 0;
     }
 
     EdgePanelController& drawer = environment.drawerController();

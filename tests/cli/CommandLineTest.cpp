@@ -1,4 +1,4 @@
-#include "shell/CommandLine.h"
+#include "cli/CommandLine.h"
 
 #include <gtest/gtest.h>
 
@@ -184,6 +184,77 @@ TEST_F(CommandLineTest, UnknownVerbsAndOptionsAreUsageErrors) {
 TEST_F(CommandLineTest, ReportSaysWhenNothingIsDue) {
     EXPECT_EQ(run({"report"}).out, "No report is due.\n");
     EXPECT_EQ(run({"report", "--list", "--json"}).out, "[]\n");
+}
+
+// The app's windows as the verbs see them, recording what they were asked.
+class RecordingWindows : public AppWindows {
+public:
+    std::vector<std::string> calls;
+    void showDrawer() override { calls.push_back("show"); }
+    void hideDrawer() override { calls.push_back("hide"); }
+    void toggleDrawer() override { calls.push_back("toggle"); }
+    void showQuickAdd() override { calls.push_back("quick-add"); }
+};
+
+TEST_F(CommandLineTest, WindowVerbsDriveTheAppAndAreRefusedWithoutIt) {
+    RecordingWindows windows;
+    for (const char* verb : {"show", "toggle", "hide", "quick-add"}) {
+        EXPECT_EQ(runCommand(store, {verb}, now, calendar, &windows), (CommandOutput{0, "", ""}));
+    }
+    EXPECT_EQ(windows.calls, (std::vector<std::string>{"show", "toggle", "hide", "quick-add"}));
+    EXPECT_EQ(verbAccess({"quick-add"}), VerbAccess::window);
+
+    const auto outside = run({"quick-add"});
+    EXPECT_EQ(outside.status, 1);
+    EXPECT_EQ(outside.err,
+              "'daywyn quick-add' acts on the desktop app, which is not running here.\n");
+    EXPECT_EQ(run({"show", "now"}).status, 2);
+}
+
+TEST_F(CommandLineTest, LiteralAddKeepsTheTextAsTheTitleAndTakesAStartTime) {
+    const auto out = run({"add", "--literal", "--at", "2026-03-04T18:30:00Z", "Call Ama at 10"});
+    EXPECT_EQ(out, (CommandOutput{0, "Added Call Ama at 10 to Daywyn.\n", ""}));
+    EXPECT_EQ(store.tasks().back().scheduledStart, at(calendar, 2026, 3, 4, 19, 30));
+
+    for (const char* start : {"tomorrow", "2026-03-04T18:30:00.5Z", ""}) {
+        SCOPED_TRACE(start);
+        const auto refused = run({"add", "--at", start, "Later"});
+        EXPECT_EQ(refused.status, 2);
+        EXPECT_EQ(refused.err, "daywyn add: The start time must look like "
+                               "2026-03-04T08:15:00Z.\n");
+    }
+    EXPECT_EQ(run({"add", "Later", "--at"}).err,
+              "daywyn add: Give TIME after --at. Run 'daywyn add --help' for usage.\n");
+    // After "--" an option's name is text.
+    EXPECT_EQ(run({"add", "--literal", "--", "--at", "noon"}).out, "Added --at noon to Daywyn.\n");
+    EXPECT_EQ(store.tasks().size(), 2u);
+}
+
+TEST_F(CommandLineTest, WordsAreCountedPerVerb) {
+    EXPECT_EQ(run({"today", "extra"}).err,
+              "daywyn today: It takes no words. Run 'daywyn today --help' for usage.\n");
+    EXPECT_EQ(run({"stop", "ab", "cd"}).err,
+              "daywyn stop: It takes one task id. Run 'daywyn stop --help' for usage.\n");
+    EXPECT_EQ(run({"export", "--json", "a", "b"}).status, 2);
+    EXPECT_EQ(run({"export", "--json", "--csv", "a"}).status, 2);
+    // Help wins over everything else before "--", and names the verb's options.
+    const auto help = run({"export", "--frobnicate", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.out.find("Usage: daywyn export (--json|--csv) PATH\n"), 0u);
+    EXPECT_NE(help.out.find("  --csv"), std::string::npos);
+    EXPECT_EQ(run({"help", "today"}).out.find("Usage: daywyn today [--json]"), 0u);
+}
+
+TEST(ValidUtf8, ReplacesOnlyWhatIsNotUtf8) {
+    EXPECT_EQ(validUtf8("Caf\xC3\xA9 \xF0\x9F\x8C\xB1"), "Caf\xC3\xA9 \xF0\x9F\x8C\xB1");
+    EXPECT_EQ(validUtf8("a\xFF"
+                        "b"),
+              "a\xEF\xBF\xBD"
+              "b");
+    // A truncated sequence at the end and an encoded surrogate.
+    EXPECT_EQ(validUtf8("x\xE2\x82"), "x\xEF\xBF\xBD");
+    EXPECT_EQ(validUtf8("\xED\xA0\x80").find("\xED\xA0\x80"), std::string::npos);
+    EXPECT_EQ(validUtf8(""), "");
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "shell/qt/AppEnvironment.h"
+#include "app/qt/AppEnvironment.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,349 @@
+// The real daywyn program against a temporary data folder, as a user runs it.
+#include <algorithm>
+#include <chrono>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "base/Json.h"
+#include "support/Process.h"
+
+namespace daywyn {
+namespace {
+
+namespace fs = std::filesystem;
+
+class DaywynCommand : public ::testing::Test {
+protected:
+    std::string dataHome = test::makeTempFolder();
+    std::string folder = dataHome + "/Daywyn";
+    std::string stateFile = folder + "/daywyn.json";
+
+    test::ProcessResult daywyn(std::vector<std::string> args) {
+        args.insert(args.begin(), DAYWYN_BINARY_PATH);
+        return test::runProcess(args, {{"XDG_DATA_HOME", dataHome},
+                                       {"DAYWYN_NOW", "2026-03-04T08:15:00Z"},
+                                       {"TZ", "Europe/Berlin"}});
+    }
+
+    rapidjson::Document state() {
+        auto document = parseJson(test::readFile(stateFile));
+        EXPECT_TRUE(document.ok());
+        return std::move(document).value();
+    }
+
+    // The task with that title in the state file, or null.
+    const rapidjson::Value* taskTitled(const rapidjson::Document& doc, const char* title) {
+        for (const auto& task : doc["tasks"].GetArray()) {
+            if (std::string(task["title"].GetString()) == title) {
+                return &task;
+            }
+        }
+        return nullptr;
+    }
+};
+
+TEST_F(DaywynCommand, AddSavesTheTaskAndSaysWhatItRecognised) {
+    const auto result = daywyn({"add", "Call Ama tomorrow at 10 for 20 minutes"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "Added Call Ama to Daywyn.\n"
+                          "Recognised day tomorrow, start 10:00 and estimate 20 min.\n");
+    const auto doc = state();
+    const auto* task = taskTitled(doc, "Call Ama");
+    ASSERT_NE(task, nullptr);
+    EXPECT_STREQ((*task)["scheduledStart"].GetString(), "2026-03-05T09:00:00Z");
+    EXPECT_EQ((*task)["estimatedMinutes"].GetInt(), 20);
+    EXPECT_EQ(fs::status(stateFile).permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(DaywynCommand, RefusedCommandsWriteNothing) {
+    const auto result = daywyn({"add", "tomorrow at 9"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "Give the task a title.\n");
+    EXPECT_TRUE(result.out.empty());
+    EXPECT_EQ(daywyn({"done"}).status, 2);
+    EXPECT_EQ(daywyn({"delete", "--force", "ab"}).status, 2);
+    EXPECT_FALSE(fs::exists(stateFile));
+
+    ASSERT_EQ(daywyn({"add", "First"}).status, 0);
+    const std::string before = test::readFile(stateFile);
+    EXPECT_EQ(daywyn({"add", "   "}).status, 1);
+    EXPECT_EQ(daywyn({"add", "--frobnicate", "x"}).status, 2);
+    EXPECT_EQ(test::readFile(stateFile), before);
+}
+
+TEST_F(DaywynCommand, AnUnreadableFileIsMovedAsideAndTheNextAddIsKept) {
+    fs::create_directories(folder);
+    test::writeFile(stateFile, "{\"version\": 2, \"tasks\": [tru");
+    const auto result = daywyn({"add", "Buy milk"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "Daywyn could not read its data. The original was preserved as "
+                          "daywyn-corrupt-2026-03-04T08-15-00Z.json.\n");
+    EXPECT_EQ(test::readFile(folder + "/daywyn-corrupt-2026-03-04T08-15-00Z.json"),
+              "{\"version\": 2, \"tasks\": [tru");
+    const auto doc = state();
+    EXPECT_NE(taskTitled(doc, "Buy milk"), nullptr);
+    EXPECT_EQ(doc["tasks"].Size(), 1u);
+}
+
+TEST_F(DaywynCommand, WritingVerbsWaitForTheOtherWriterButReadingWorks) {
+    ASSERT_EQ(daywyn({"add", "Existing"}).status, 0);
+    const std::string before = test::readFile(stateFile);
+    const int lock = ::open((folder + "/daywyn.lock").c_str(), O_RDWR | O_CREAT, 0600);
+    ASSERT_GE(lock, 0);
+    ASSERT_EQ(::flock(lock, LOCK_EX | LOCK_NB), 0);
+
+    const auto refused = daywyn({"add", "Another"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, "Daywyn is open in another process; try again when it has closed.\n");
+    EXPECT_EQ(test::readFile(stateFile), before);
+    const auto today = daywyn({"today"});
+    EXPECT_EQ(today.status, 0);
+    EXPECT_NE(today.out.find("Existing"), std::string::npos);
+
+    ::close(lock);
+    EXPECT_EQ(daywyn({"add", "Another"}).status, 0);
+}
+
+TEST_F(DaywynCommand, TaskVerbsTakeAnIdPrefixAndChangeTheFile) {
+    ASSERT_EQ(daywyn({"add", "--json", "Write report"}).status, 0);
+    const auto added = daywyn({"add", "--json", "Pay rent"});
+    const std::string id = parseJson(added.out).value()["id"].GetString();
+    const std::string prefix = id.substr(0, 8);
+
+    EXPECT_EQ(daywyn({"start", prefix}).out, "Started Pay rent.\n");
+    EXPECT_TRUE(taskTitled(state(), "Pay rent")->HasMember("liveSessionStartedAt"));
+    EXPECT_EQ(daywyn({"done", prefix}).out, "Done: Pay rent.\n");
+    {
+        const auto doc = state();
+        const auto* task = taskTitled(doc, "Pay rent");
+        EXPECT_TRUE((*task)["isComplete"].GetBool());
+        EXPECT_FALSE(task->HasMember("liveSessionStartedAt"));
+    }
+    EXPECT_EQ(daywyn({"delete", prefix}).out, "Deleted Pay rent.\n");
+    EXPECT_EQ(taskTitled(state(), "Pay rent"), nullptr);
+    const auto gone = daywyn({"done", prefix});
+    EXPECT_EQ(gone.status, 1);
+    EXPECT_EQ(gone.err, "No task has an id starting with \"" + prefix + "\".\n");
+}
+
+TEST_F(DaywynCommand, ExportsAreWrittenWhereAsked) {
+    ASSERT_EQ(daywyn({"add", "=SUM(A1)"}).status, 0);
+    const std::string csv = dataHome + "/out/tasks.csv";
+    fs::create_directories(dataHome + "/out");
+    const auto result = daywyn({"export", "--csv", csv});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "Export saved to tasks.csv.\n");
+    const std::string bytes = test::readFile(csv);
+    EXPECT_EQ(bytes.find("id,title,completed,created_at,completed_at,scheduled_day,"
+                         "scheduled_start,scheduled_end,estimate_minutes,actual_seconds,priority,"
+                         "checklist\r\n"),
+              0u);
+    EXPECT_NE(bytes.find("\"'=SUM(A1)\""), std::string::npos);
+
+    const auto missing = daywyn({"export", "--json", dataHome + "/no/such/folder/x.json"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err.find("Export failed: "), 0u);
+}
+
+TEST_F(DaywynCommand, ReadingVerbsNeverCreateTheStateFile) {
+    const auto today = daywyn({"today", "--json"});
+    EXPECT_EQ(today.status, 0);
+    EXPECT_TRUE(parseJson(today.out).ok());
+    // No made-up tasks whose ids no later verb would know.
+    EXPECT_NE(daywyn({"today"}).out.find("Nothing planned for today."), std::string::npos);
+    EXPECT_EQ(daywyn({"split", "water plants; email Sam"}).out, "1. Water plants\n2. Email Sam\n");
+    EXPECT_EQ(daywyn({"report", "--list"}).status, 0);
+    EXPECT_EQ(daywyn({"add", "--dry-run", "Stretch at 7:30pm"}).out.find("Would add Stretch"), 0u);
+    EXPECT_FALSE(fs::exists(stateFile));
+    EXPECT_EQ(daywyn({"--version"}).out.find("Daywyn "), 0u);
+    EXPECT_EQ(daywyn({"launch-rockets"}).status, 2);
+}
+
+// The file's bytes and its modification time to the nanosecond.
+struct FileState {
+    std::string bytes;
+    long long modifiedNs = 0;
+    bool operator==(const FileState&) const = default;
+};
+
+FileState fileState(const std::string& path) {
+    struct stat info {};
+    EXPECT_EQ(::stat(path.c_str(), &info), 0);
+    return FileState{test::readFile(path),
+                     info.st_mtim.tv_sec * 1'000'000'000LL + info.st_mtim.tv_nsec};
+}
+
+TEST_F(DaywynCommand, ReadingVerbsAndAStartUpWithNothingToChangeLeaveTheFileAlone) {
+    ASSERT_EQ(daywyn({"add", "Water plants at 10"}).status, 0);
+    const FileState before = fileState(stateFile);
+    // Far enough apart that a rewrite would show in the modification time.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+
+    EXPECT_EQ(daywyn({"today"}).status, 0);
+    EXPECT_EQ(daywyn({"today", "--json"}).status, 0);
+    EXPECT_EQ(daywyn({"report", "--list"}).status, 0);
+    EXPECT_EQ(fileState(stateFile), before);
+
+    // A writing verb opens the store with the lock held; with nothing to do, the file
+    // stays as it was (no start-up save of an unchanged version 2 file).
+    const auto stop = daywyn({"stop"});
+    EXPECT_EQ(stop.out, "No timer is running.\n");
+    EXPECT_EQ(daywyn({"done", "FFFFFFFFFFFF"}).status, 1);
+    EXPECT_EQ(fileState(stateFile), before);
+
+    // One change is one write; the next start-up leaves its result alone too.
+    ASSERT_EQ(daywyn({"add", "Call Ama"}).status, 0);
+    const FileState afterAdd = fileState(stateFile);
+    EXPECT_NE(afterAdd, before);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(daywyn({"stop"}).status, 0);
+    EXPECT_EQ(fileState(stateFile), afterAdd);
+}
+
+TEST_F(DaywynCommand, AnOldFileIsRewrittenByTheFirstWriterButNotByAReader) {
+    fs::create_directories(folder);
+    const std::string legacy = R"({"version":1,"preferences":{},"tasks":[{"id":)"
+                               R"("6B1F1A52-4C1B-4B8E-9A55-0F7A4C1E2D3B","title":"Old",)"
+                               R"("estimatedMinutes":25,"elapsedBeforeCurrentRun":0,)"
+                               R"("isComplete":false,"scheduledBudgetAlerts":[]}]})";
+    test::writeFile(stateFile, legacy);
+    const auto today = daywyn({"today"});
+    EXPECT_NE(today.out.find("Old"), std::string::npos) << today.out << today.err;
+    EXPECT_EQ(test::readFile(stateFile), legacy);
+
+    EXPECT_EQ(daywyn({"stop"}).status, 0);
+    EXPECT_EQ(state()["version"].GetInt(), 2);
+    EXPECT_NE(taskTitled(state(), "Old"), nullptr);
+}
+
+TEST_F(DaywynCommand, BadArgumentsAreRefusedAndOddTextIsKept) {
+    const auto unknownOption = daywyn({"today", "--frobnicate"});
+    EXPECT_EQ(unknownOption.status, 2);
+    EXPECT_EQ(unknownOption.err, "daywyn today: Unknown option --frobnicate. Run 'daywyn today "
+                                 "--help' for usage.\n");
+    const auto missingTime = daywyn({"add", "Call Ama", "--at"});
+    EXPECT_EQ(missingTime.status, 2);
+    EXPECT_EQ(missingTime.err.find("daywyn add: Give TIME after --at."), 0u);
+    EXPECT_FALSE(fs::exists(stateFile));
+
+    // Bytes that are not UTF-8 become U+FFFD instead of breaking the state file.
+    ASSERT_EQ(daywyn({"add", "--json", "Caf\xE9 \xFF order"}).status, 0);
+    const auto doc = state();
+    EXPECT_NE(taskTitled(doc, "Caf\xEF\xBF\xBD \xEF\xBF\xBD order"), nullptr);
+
+    // A 100 KB title is saved whole and read back.
+    const std::string longTitle(100 * 1024, 'x');
+    ASSERT_EQ(daywyn({"add", "--literal", longTitle}).status, 0);
+    EXPECT_NE(taskTitled(state(), longTitle.c_str()), nullptr);
+    EXPECT_NE(daywyn({"today"}).out.find(longTitle), std::string::npos);
+}
+
+TEST_F(DaywynCommand, TheProgramLinksNoneOfQtsWindowingLibraries) {
+    // What the dynamic loader maps for any verb: every library the program needs,
+    // and theirs. Nothing of Qt at all: the verbs need the core, ICU and sd-bus only.
+    const auto libraries = test::runProcess({"/usr/bin/ldd", DAYWYN_BINARY_PATH});
+    ASSERT_EQ(libraries.status, 0) << libraries.err;
+    EXPECT_NE(libraries.out.find("libicuuc"), std::string::npos) << libraries.out;
+    for (const char* qt : {"libQt6Core", "libQt6Gui", "libQt6Qml", "libQt6Quick", "libQt6Widgets",
+                           "libQt6Multimedia", "libQt6Network", "libGL"}) {
+        EXPECT_EQ(libraries.out.find(qt), std::string::npos) << qt << " in\n" << libraries.out;
+    }
+}
+
+// The generated bash completion, loaded into a real bash with this build's daywyn
+// first on the PATH; prints COMPREPLY for the words given.
+class DaywynCompletion : public DaywynCommand {
+protected:
+    std::string complete(const std::string& words, int current) {
+        const std::string binFolder = fs::path(DAYWYN_BINARY_PATH).parent_path().string();
+        const std::string script = "source '" DAYWYN_GENERATED_DIR "/daywyn.bash'\n"
+                                   "complete -p daywyn\n"
+                                   "COMP_WORDS=(" +
+                                   words + ")\nCOMP_CWORD=" + std::to_string(current) +
+                                   "\n_daywyn\nprintf '%s\\n' \"${COMPREPLY[@]}\" | sort\n";
+        const auto result = test::runProcess({"/bin/bash", "--norc", "-c", script},
+                                             {{"XDG_DATA_HOME", dataHome},
+                                              {"PATH", binFolder + ":/usr/bin:/bin"},
+                                              {"DAYWYN_NOW", "2026-03-04T08:15:00Z"}});
+        EXPECT_EQ(result.status, 0) << result.err;
+        return result.out;
+    }
+};
+
+TEST_F(DaywynCompletion, BashCompletesVerbsOptionsAndTaskIds) {
+    EXPECT_EQ(complete("daywyn d", 1), "complete -F _daywyn daywyn\ndelete\ndone\n");
+    EXPECT_EQ(complete("daywyn add --d", 2), "complete -F _daywyn daywyn\n--dry-run\n");
+    EXPECT_EQ(complete("daywyn report --", 2),
+              "complete -F _daywyn daywyn\n--help\n--json\n--list\n");
+
+    // The first run's sample tasks include one with a checklist: only the tasks' own
+    // ids are offered, not their checklist items' or sessions'.
+    ASSERT_EQ(daywyn({"add", "Pay rent"}).status, 0);
+    ASSERT_EQ(daywyn({"start", state()["tasks"][0]["id"].GetString()}).status, 0);
+    ASSERT_EQ(daywyn({"stop"}).status, 0);
+    std::vector<std::string> expected;
+    for (const auto& task : state()["tasks"].GetArray()) {
+        expected.push_back(std::string(task["id"].GetString()).substr(0, 8));
+    }
+    std::sort(expected.begin(), expected.end());
+    std::string expectedText = "complete -F _daywyn daywyn\n";
+    for (const auto& id : expected) {
+        expectedText += id + "\n";
+    }
+    EXPECT_EQ(complete("daywyn done ''", 2), expectedText);
+    // A typed start, in either case, narrows the list.
+    const std::string first = expected[0];
+    std::string lower = first.substr(0, 3);
+    for (auto& c : lower) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    EXPECT_NE(complete("daywyn pin " + lower, 2).find(first), std::string::npos);
+}
+
+TEST_F(DaywynCompletion, TheZshCompletionParsesAndOffersTheSameTaskIds) {
+    ASSERT_EQ(daywyn({"add", "Pay rent"}).status, 0);
+    std::string expected;
+    std::vector<std::string> ids;
+    for (const auto& task : state()["tasks"].GetArray()) {
+        ids.push_back(std::string(task["id"].GetString()).substr(0, 8));
+    }
+    std::sort(ids.begin(), ids.end());
+    for (const auto& id : ids) {
+        expected += id + "\n";
+    }
+    // The script without its last line (which runs the completion), with compadd
+    // standing in for zsh's completion system.
+    const std::string binFolder = fs::path(DAYWYN_BINARY_PATH).parent_path().string();
+    const std::string script = "source <(sed '$d' '" DAYWYN_GENERATED_DIR "/_daywyn')\n"
+                               "compadd() { [[ $1 == -a ]] && print -l ${(P)2} }\n"
+                               "_daywyn_task_ids | sort\n";
+    const auto zsh = test::runProcess({"/usr/bin/zsh", "-f", "-c", script},
+                                      {{"XDG_DATA_HOME", dataHome},
+                                       {"PATH", binFolder + ":/usr/bin:/bin"},
+                                       {"DAYWYN_NOW", "2026-03-04T08:15:00Z"}});
+    EXPECT_EQ(zsh.err, "");
+    EXPECT_EQ(zsh.out, expected);
+    EXPECT_EQ(test::runProcess({"/usr/bin/zsh", "-n", DAYWYN_GENERATED_DIR "/_daywyn"}).status, 0);
+}
+
+TEST_F(DaywynCommand, TheManualPageIsValidRoffListingEveryVerb) {
+    const std::string page = test::readFile(DAYWYN_GENERATED_DIR "/daywyn.1");
+    // Roff needs the hyphen of "quick-add" escaped.
+    for (const char* verb : {"add", "today", "done", "export", "quick\\-add"}) {
+        EXPECT_NE(page.find(std::string("\\fB") + verb + "\\fR"), std::string::npos) << verb;
+    }
+    const auto rendered = test::runProcess(
+        {"/usr/bin/groff", "-man", "-Tutf8", "-ww", "-z", DAYWYN_GENERATED_DIR "/daywyn.1"});
+    EXPECT_EQ(rendered.status, 0);
+    EXPECT_EQ(rendered.err, "");
+}
+
+} // namespace
+} // namespace daywyn
