@@ -17,10 +17,14 @@ packages=(
   qml6-module-qtquick-window qml6-module-qtquick-dialogs qml6-module-qt-labs-platform
   qml6-module-qtqml-workerscript qml6-module-qtquick-templates qml6-module-qtqml
   qml6-module-qttest qt6-qpa-plugins libxcb1-dev
+  # the non-native file dialogs (Settings › Reports export) list folders with this
+  qml6-module-qt-labs-folderlistmodel
   # hermetic test environment: a private session bus, a virtual display
   dbus dbus-bin xvfb xauth x11-utils xdotool openbox
   # measuring the desktop app (scripts/measure-desktop.sh)
   time
+  # whole-screen captures of the running app (scripts/screenshots.sh: handle, Quick Add)
+  imagemagick
 )
 
 missing=()

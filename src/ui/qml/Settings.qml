@@ -29,6 +29,13 @@ Rectangle {
     }
     onPageChanged: settingsModel.clearMessage()
 
+    // Escape (when no control or dialog wants it) and Ctrl+W close the window.
+    Keys.onEscapePressed: root.Window.window.close()
+    Shortcut {
+        sequences: [StandardKey.Close]
+        onActivated: root.Window.window.close()
+    }
+
     RowLayout {
         anchors.fill: parent
         spacing: 0
