@@ -36,8 +36,8 @@ protected:
         const AppPreferences defaults;
         const std::vector<DailyReport> noReports;
         ASSERT_TRUE(repository()->save(PersistedStateView(tasks, defaults, noReports)));
-        app = std::make_unique<AppEnvironment>(repository(), test::berlin(), clock.function(),
-                                               false);
+        app =
+            std::make_unique<AppEnvironment>(repository(), test::berlin(), clock.function(), false);
         app->start();
         app->drawerController().setReducedMotion(true);
         app->drawerController().show();
@@ -118,7 +118,8 @@ TEST_F(DrawerFocusFlowTest, TypingIntoAFreshDrawerAddsATaskAndNeverActsOnARow) {
     press(Qt::Key_Return);
     ASSERT_EQ(savedTasks().size(), 3);
     EXPECT_FALSE(savedTask(QStringLiteral("Water plants"))["isComplete"].toBool());
-    EXPECT_TRUE(savedTask(QStringLiteral("Call Ama")).contains(QStringLiteral("liveSessionStartedAt")));
+    EXPECT_TRUE(
+        savedTask(QStringLiteral("Call Ama")).contains(QStringLiteral("liveSessionStartedAt")));
     EXPECT_EQ(focused(), QStringLiteral("addField"));
 
     // Hidden and shown again (as the handle does), the field has the keys once more.
@@ -259,6 +260,7 @@ TEST_F(DrawerFocusFlowTest, EscapeAndCtrlWCloseSettings) {
         app->settingsWindow().show(QStringLiteral("general"));
         QQuickView& settings = *app->settingsWindow().window();
         ASSERT_TRUE(test::waitUntil([&] { return settings.isVisible(); }));
+        ASSERT_TRUE(test::waitUntil([&] { return settings.activeFocusItem() != nullptr; }));
         QTest::keySequence(&settings, close);
         EXPECT_TRUE(test::waitUntil([&] { return !settings.isVisible(); }))
             << close.toString().toStdString();
