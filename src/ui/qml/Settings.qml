@@ -109,8 +109,19 @@ Rectangle {
         }
     }
 
+    // Opens the save dialog; if it cannot appear, the page says so instead of nothing.
+    function openExport(asCsv) {
+        exportDialog.asCsv = asCsv
+        exportDialog.open()
+        if (!exportDialog.visible) settingsModel.exportDialogFailed(asCsv)
+    }
+
     FileDialog {
         id: exportDialog
+        objectName: "exportDialog"
+        // Declared under a view's root item, the dialog cannot find its window by
+        // itself and would refuse to open; name it.
+        parentWindow: root.Window.window
         property bool asCsv: false
         title: asCsv ? "Export task spreadsheet" : "Export tasks and reports"
         fileMode: FileDialog.SaveFile

@@ -277,6 +277,13 @@ QString SettingsModel::settingsFilePath() const {
     return settings_.filePath();
 }
 
+void SettingsModel::exportDialogFailed(bool asCsv) {
+    setMessage(QStringLiteral("The save dialog could not open, so nothing was exported. In a "
+                              "terminal, run: daywyn export %1 ~/Daywyn-export.%2")
+                   .arg(asCsv ? QStringLiteral("--csv") : QStringLiteral("--json"),
+                        asCsv ? QStringLiteral("csv") : QStringLiteral("json")));
+}
+
 void SettingsModel::setMessage(const QString& message) {
     if (message != message_) {
         message_ = message;
