@@ -25,6 +25,8 @@ packages=(
   time
   # whole-screen captures of the running app (scripts/screenshots.sh: handle, Quick Add)
   imagemagick
+  # resizing the private X screen in the drawer placement test (xrandr)
+  x11-xserver-utils
 )
 
 missing=()

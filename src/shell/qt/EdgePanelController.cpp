@@ -22,6 +22,16 @@ QRect toRect(const ScreenRect& r) {
                  static_cast<int>(std::lround(r.width)), static_cast<int>(std::lround(r.height)));
 }
 
+// The part of a screen windows may use: its available area, trimmed to the screen
+// itself in case the desktop's work area is stale after a resolution change.
+QRect visibleFrame(const QScreen* screen) {
+    if (!screen) {
+        return QRect(0, 0, 1280, 800);
+    }
+    const QRect usable = screen->availableGeometry().intersected(screen->geometry());
+    return usable.isEmpty() ? screen->geometry() : usable;
+}
+
 QQuickView* makePanel(QQmlEngine& engine, const QString& source, Qt::WindowFlags extra,
                       const QString& title) {
     auto* view = new QQuickView(&engine, nullptr);
@@ -53,6 +63,9 @@ EdgePanelController::EdgePanelController(QObject* parent)
         if (hideAtEnd_) {
             drawer_->hide();
         } else {
+            // The last step lands exactly on the frame worked out now, in case the
+            // screen changed while the drawer moved.
+            drawer_->setGeometry(toRect(frames().drawerVisible));
             // Ready means the final frame is on screen, not merely scheduled.
             connect(drawer_, &QQuickWindow::frameSwapped, this, &EdgePanelController::drawerShown,
                     Qt::SingleShotConnection);
@@ -142,6 +155,8 @@ void EdgePanelController::screensChanged() {
     for (QScreen* screen : QGuiApplication::screens()) {
         connect(screen, &QScreen::availableGeometryChanged, this, &EdgePanelController::reposition,
                 Qt::UniqueConnection);
+        connect(screen, &QScreen::geometryChanged, this, &EdgePanelController::reposition,
+                Qt::UniqueConnection);
     }
     if (!currentScreen_ || !QGuiApplication::screens().contains(currentScreen_.data())) {
         currentScreen_ = pickScreen();
@@ -150,7 +165,7 @@ void EdgePanelController::screensChanged() {
 }
 
 DrawerFrames EdgePanelController::frames() const {
-    const QRect v = currentScreen_ ? currentScreen_->availableGeometry() : QRect(0, 0, 1280, 800);
+    const QRect v = visibleFrame(currentScreen_);
     return DrawerGeometry::frames({static_cast<double>(v.x()), static_cast<double>(v.y()),
                                    static_cast<double>(v.width()), static_cast<double>(v.height())},
                                   anchor_);
@@ -160,11 +175,20 @@ void EdgePanelController::reposition() {
     if (!drawer_) {
         return;
     }
+    // The screen may have gone with the change; the drawer follows to one still there.
+    if (!currentScreen_ || !QGuiApplication::screens().contains(currentScreen_.data())) {
+        currentScreen_ = pickScreen();
+    }
     const DrawerFrames f = frames();
     handle_->setScreen(currentScreen_);
     handle_->setGeometry(toRect(f.handle));
     drawer_->setScreen(currentScreen_);
+    // Stopping a slide skips its end: a drawer that was sliding away must still go,
+    // or it would stay mapped beyond the edge, over the handle.
     slide_.stop();
+    if (!visible_ && drawer_->isVisible()) {
+        drawer_->hide();
+    }
     drawer_->setGeometry(toRect(visible_ ? f.drawerVisible : f.drawerHidden));
 }
 
@@ -202,6 +226,8 @@ void EdgePanelController::show() {
         Q_EMIT isVisibleChanged();
     }
     if (wasVisible && drawer_->isVisible()) {
+        // Already out: put it back where it belongs should anything have moved it.
+        drawer_->setGeometry(toRect(f.drawerVisible));
         drawer_->raise();
         drawer_->requestActivate();
         return;
@@ -267,7 +293,7 @@ void EdgePanelController::presentReminder(const DrawerReminder& reminder, bool p
     if (!currentScreen_ || !QGuiApplication::screens().contains(currentScreen_.data())) {
         currentScreen_ = pickScreen();
     }
-    const QRect v = currentScreen_ ? currentScreen_->availableGeometry() : QRect(0, 0, 1280, 800);
+    const QRect v = visibleFrame(currentScreen_);
     reminder_->setScreen(currentScreen_);
     reminder_->setGeometry(toRect(DrawerGeometry::reminderFrame(
         {static_cast<double>(v.x()), static_cast<double>(v.y()), static_cast<double>(v.width()),
