@@ -269,6 +269,16 @@ void SettingsModel::setUserSwitch(const QString& key, bool on) {
     settings_.setValue(key, on);
 }
 
+int SettingsModel::userNumber(const QString& key, int fallback) const {
+    bool ok = false;
+    const int value = settings_.stringValue(key).toInt(&ok);
+    return ok ? value : fallback;
+}
+
+void SettingsModel::setUserNumber(const QString& key, int value) {
+    settings_.setValue(key, value);
+}
+
 QString SettingsModel::version() const {
     return QString::fromStdString(versionLine());
 }

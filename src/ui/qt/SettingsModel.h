@@ -70,6 +70,9 @@ public:
     // `fallback` when it was never set; setting it writes the file at once.
     Q_INVOKABLE bool userSwitch(const QString& key, bool fallback) const;
     Q_INVOKABLE void setUserSwitch(const QString& key, bool on);
+    // A whole number in this machine's settings file (the pop-outs' active hours).
+    Q_INVOKABLE int userNumber(const QString& key, int fallback) const;
+    Q_INVOKABLE void setUserNumber(const QString& key, int value);
 
     QString message() const { return message_; }
     Q_INVOKABLE void clearMessage() { setMessage({}); }
