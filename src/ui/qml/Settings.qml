@@ -104,6 +104,10 @@ Rectangle {
                 id: pageLoader
                 objectName: "settingsPage"
                 width: scroller.availableWidth
+                // Built once the page has its real width: wrapped notes laid out at a
+                // narrower width first kept their taller height and overlapped the next
+                // section.
+                active: scroller.availableWidth > 100
                 source: "Settings" + root.page.charAt(0).toUpperCase() + root.page.slice(1) + "Page.qml"
             }
         }
