@@ -295,10 +295,12 @@ void EdgePanelController::presentReminder(const DrawerReminder& reminder, bool p
     }
     const QRect v = visibleFrame(currentScreen_);
     reminder_->setScreen(currentScreen_);
-    reminder_->setGeometry(toRect(DrawerGeometry::reminderFrame(
-        {static_cast<double>(v.x()), static_cast<double>(v.y()), static_cast<double>(v.width()),
-         static_cast<double>(v.height())},
-        anchor_)));
+    const ScreenRect frame{static_cast<double>(v.x()), static_cast<double>(v.y()),
+                           static_cast<double>(v.width()), static_cast<double>(v.height())};
+    // Beside an open drawer rather than over its header.
+    reminder_->setGeometry(toRect(
+        visible_ ? DrawerGeometry::reminderFrameBesideDrawer(frame, anchor_, frames().drawerVisible)
+                 : DrawerGeometry::reminderFrame(frame, anchor_)));
     reminderCallbacks_ = std::move(callbacks);
     if (QQuickItem* root = reminder_->rootObject()) {
         root->setProperty("title", QString::fromStdString(reminder.title));
