@@ -180,8 +180,19 @@ protected:
         }
         return r;
     }
+    // The "Window shape extents" line xwininfo gives for a window.
+    QString shapeOf(const QString& window) {
+        const QString info = run(QStringLiteral("xwininfo"),
+                                 {QStringLiteral("-id"), window, QStringLiteral("-shape")});
+        const qsizetype at = info.indexOf(QLatin1String("Window shape extents:"));
+        return at < 0 ? QString() : info.mid(at).section(QLatin1Char('\n'), 0, 0);
+    }
     void clickHandle() {
-        xdotool(QStringLiteral("mousemove --window %1 29 29 click 1").arg(handleWindow()));
+        // Once the handle is cut to its bar, on the bar: the rest lets clicks through.
+        eventually([&] { return !shapeOf(handleWindow()).isEmpty(); });
+        xdotool(QStringLiteral("mousemove --window %1 2 29").arg(handleWindow()));
+        QThread::msleep(100);
+        xdotool(QStringLiteral("click 1"));
     }
     // The drawer once it is the active window: its id, or empty.
     QString activeDrawer() {
@@ -210,6 +221,16 @@ TEST_F(DrawerX11Test, TheHandleOpensTheDrawerReadyToTypeATaskWithoutTouchingAnot
         startAppWith({test::TaskBuilder("Water plants").createdAt(now - 60),
                       test::TaskBuilder("Call Ama").createdAt(now - 60).running(now - 600)},
                      now));
+    // The handle stays out of task lists and shows no box around its bar.
+    const QString handle = handleWindow();
+    EXPECT_TRUE(eventually([&] {
+        return run(QStringLiteral("xprop"),
+                   {QStringLiteral("-id"), handle, QStringLiteral("_NET_WM_STATE")})
+            .contains(QLatin1String("_NET_WM_STATE_SKIP_TASKBAR"));
+    }));
+    EXPECT_TRUE(eventually([&] { return shapeOf(handle).contains(QLatin1String("6x42")); }))
+        << shapeOf(handle).toStdString();
+
     clickHandle();
     ASSERT_FALSE(activeDrawer().isEmpty());
     xdotool(QStringLiteral("type --delay 10 Pay rent at noon"));
