@@ -17,6 +17,7 @@
 #include "shell/qt/QuickCaptureController.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
+#include "ui/qt/OnboardingWindow.h"
 #include "ui/qt/SettingsWindow.h"
 #include "ui/qt/TaskEditor.h"
 #include "ui/qt/TodayModel.h"
@@ -265,6 +266,29 @@ TEST_F(DrawerFocusFlowTest, EscapeAndCtrlWCloseSettings) {
         EXPECT_TRUE(test::waitUntil([&] { return !settings.isVisible(); }))
             << close.toString().toStdString();
     }
+}
+
+} // namespace
+} // namespace daywyn
+
+namespace daywyn {
+namespace {
+
+TEST_F(DrawerFocusFlowTest, TheHandleMarksARunningTimerAndTheWelcomeEndsWithTheDrawerOpen) {
+    startWith({test::TaskBuilder("Call Ama").createdAt(clock.now()).running(clock.now() - 600)});
+    press(Qt::Key_Escape);
+    ASSERT_FALSE(app->drawerController().isVisible());
+    QQuickView& handle = *app->drawerController().handleWindow();
+    QQuickItem* mark = test::findItem(handle, QStringLiteral("timerMark"));
+    ASSERT_NE(mark, nullptr);
+    EXPECT_TRUE(mark->isVisible());
+    app->store().toggleTimer(app->store().tasks().front().id, clock.now());
+    EXPECT_TRUE(test::waitUntil([&] { return !mark->isVisible(); }));
+
+    // Finishing the welcome's last step shows the drawer once.
+    app->onboardingWindow().complete();
+    EXPECT_TRUE(app->drawerController().isVisible());
+    EXPECT_EQ(focused(), QStringLiteral("addField"));
 }
 
 } // namespace

@@ -22,8 +22,9 @@ Rectangle {
     palette.text: theme.text
     palette.button: theme.raised
     palette.buttonText: theme.text
-    // The highlighted menu item's fill: dark enough for light text in the dark theme.
-    palette.light: theme.dark ? theme.selection : "white"
+    // The highlighted menu item's fill: the selection colour, which the text reads on
+    // in both themes (white vanished on the light menu, and under light text in dark).
+    palette.light: theme.selection
     palette.midlight: theme.separator
     palette.mid: theme.separator
     palette.dark: theme.dark ? theme.mint : theme.ink

@@ -136,7 +136,10 @@ Rectangle {
                 anchors.fill: parent
                 z: -1
                 radius: 10
+                // On the selected row (itself mint) the badge keeps an outline.
                 color: theme.mint
+                border.width: row.current && row.listFocused ? 1 : 0
+                border.color: theme.ink
             }
         }
 
@@ -145,7 +148,7 @@ Rectangle {
             opacity: row.revealed ? 1 : 0
             enabled: row.revealed
             // As wide as "Unpin" either way, so pinning does not shift the row.
-            implicitWidth: pinWidth.implicitWidth + 16
+            implicitWidth: Math.ceil(pinWidth.advanceWidth) + 16
             text: rank > 0 ? "Unpin" : "Pin"
             focusPolicy: Qt.NoFocus
             onClicked: today.togglePin(taskId)
