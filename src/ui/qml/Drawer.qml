@@ -198,6 +198,8 @@ Rectangle {
             clip: true
             model: today
             spacing: 4
+            // Tab reaches the list too (after the add field), as Down does.
+            activeFocusOnTab: true
             keyNavigationEnabled: false
             highlightFollowsCurrentItem: false
             boundsBehavior: Flickable.StopAtBounds
