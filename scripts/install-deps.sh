@@ -17,6 +17,8 @@ packages=(
   qml6-module-qtquick-window qml6-module-qtquick-dialogs qml6-module-qt-labs-platform
   qml6-module-qtqml-workerscript qml6-module-qtquick-templates qml6-module-qtqml
   qml6-module-qttest qt6-qpa-plugins libxcb1-dev
+  # the non-native file dialogs (Settings › Reports export) list folders with this
+  qml6-module-qt-labs-folderlistmodel
   # hermetic test environment: a private session bus, a virtual display
   dbus dbus-bin xvfb xauth x11-utils xdotool openbox
   # the command line's session-bus client (sd-bus), lighter than loading Qt; zsh and
@@ -26,6 +28,10 @@ packages=(
   time
   # updates and packaging: the manifest reader, the icon's PNG sizes, checks of the .deb
   libsimdjson-dev libssl-dev librsvg2-bin lintian desktop-file-utils appstream
+  # whole-screen captures of the running app (scripts/screenshots.sh: handle, Quick Add)
+  imagemagick
+  # resizing the private X screen in the drawer placement test (xrandr)
+  x11-xserver-utils
 )
 
 missing=()

@@ -121,4 +121,31 @@ ScreenRect DrawerGeometry::reminderFrame(const ScreenRect& visibleFrame, EdgeAnc
     return flipDown(placeOnAnchor(inset, w, h, anchor, 0), visibleFrame);
 }
 
+ScreenRect DrawerGeometry::reminderFrameBesideDrawer(const ScreenRect& visibleFrame,
+                                                     EdgeAnchor anchor, const ScreenRect& drawer) {
+    const ScreenRect fallback = reminderFrame(visibleFrame, anchor);
+    const double w = fallback.width;
+    const double h = fallback.height;
+    // Worked out in the desktop's downward coordinates, against the drawer's frame.
+    ScreenRect r{0, 0, w, h};
+    const bool sideways = isLeft(anchor) || isRight(anchor);
+    if (sideways) {
+        r.x = isLeft(anchor) ? drawer.x + drawer.width + margin : drawer.x - margin - w;
+        if (isTop(anchor)) {
+            r.y = drawer.y;
+        } else if (isBottom(anchor)) {
+            r.y = drawer.y + drawer.height - h;
+        } else {
+            r.y = drawer.y + (drawer.height - h) / 2;
+        }
+    } else {
+        r.x = drawer.x + (drawer.width - w) / 2;
+        r.y = isTop(anchor) ? drawer.y + drawer.height + margin : drawer.y - margin - h;
+    }
+    const bool fits = r.x >= visibleFrame.x + margin && r.y >= visibleFrame.y + margin &&
+                      r.x + w <= visibleFrame.x + visibleFrame.width - margin &&
+                      r.y + h <= visibleFrame.y + visibleFrame.height - margin;
+    return fits ? r : fallback;
+}
+
 } // namespace daywyn

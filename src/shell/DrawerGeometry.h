@@ -42,6 +42,13 @@ struct DrawerGeometry {
     // The reminder pop-out (at most 340 x 180) inside the frame inset by 12 px: in the
     // anchor's corner, or centred on the anchor's edge for the centre anchors.
     static ScreenRect reminderFrame(const ScreenRect& visibleFrame, EdgeAnchor anchor);
+
+    // The pop-out while the drawer is out: beside it, 12 px away on the side facing
+    // the screen (below or above it for the top and bottom centre anchors), level
+    // with its top, bottom or middle as the anchor is. Where that does not fit inside
+    // the frame it falls back to reminderFrame.
+    static ScreenRect reminderFrameBesideDrawer(const ScreenRect& visibleFrame, EdgeAnchor anchor,
+                                                const ScreenRect& drawer);
 };
 
 } // namespace daywyn

@@ -64,8 +64,8 @@ std::vector<Command> SystemSettingsCommands::forDestination(SystemSettingsDestin
 }
 
 std::string SystemSettingsCommands::failureMessage() {
-    return "System Settings could not be opened. Open Privacy & Security manually and allow "
-           "Daywyn.";
+    return "Settings could not be opened. Open your desktop's privacy settings manually and "
+           "allow Daywyn.";
 }
 
 } // namespace daywyn

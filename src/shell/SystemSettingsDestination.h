@@ -18,7 +18,7 @@ struct SystemSettingsCommands {
     static std::vector<std::vector<std::string>>
     forDestination(SystemSettingsDestination destination, std::string_view currentDesktop);
 
-    // "System Settings could not be opened. Open Privacy & Security manually and allow
+    // "Settings could not be opened. Open your desktop's privacy settings manually and allow
     // Daywyn."
     static std::string failureMessage();
 };

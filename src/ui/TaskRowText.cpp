@@ -48,4 +48,16 @@ std::string TaskRowText::clockText(double seconds) {
     return text;
 }
 
+std::string TaskRowText::durationText(double seconds) {
+    const long long minutes = static_cast<long long>(std::floor(std::max(0.0, seconds) / 60));
+    if (minutes == 0) {
+        return "under 1 min";
+    }
+    if (minutes < 60) {
+        return std::to_string(minutes) + " min";
+    }
+    const std::string hours = std::to_string(minutes / 60) + " h";
+    return minutes % 60 == 0 ? hours : hours + " " + std::to_string(minutes % 60) + " min";
+}
+
 } // namespace daywyn

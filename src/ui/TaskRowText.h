@@ -25,6 +25,10 @@ struct TaskRowText {
 
     // A running timer as minutes and seconds ("4:05", "72:00"), never negative.
     static std::string clockText(double seconds);
+
+    // A length of time read as one, never as a time of day: "under 1 min", "18 min",
+    // "1 h 11 min", "2 h" (whole minutes, rounded down).
+    static std::string durationText(double seconds);
 };
 
 } // namespace daywyn

@@ -77,3 +77,41 @@ TEST(DrawerGeometry, ReminderSitsInsideTheMarginsOnTheAnchorsSide) {
 
 } // namespace
 } // namespace daywyn
+
+namespace daywyn {
+namespace {
+
+// Over the open drawer the pop-out would hide its header; it goes beside it instead.
+TEST(DrawerGeometry, AReminderBesideTheOpenDrawerNeverCoversIt) {
+    const auto overlaps = [](const ScreenRect& a, const ScreenRect& b) {
+        return a.x < b.x + b.width && b.x < a.x + a.width && a.y < b.y + b.height &&
+               b.y < a.y + a.height;
+    };
+    const auto inside = [](const ScreenRect& r, const ScreenRect& f) {
+        return r.x >= f.x && r.y >= f.y && r.x + r.width <= f.x + f.width &&
+               r.y + r.height <= f.y + f.height;
+    };
+    for (const EdgeAnchor anchor :
+         {EdgeAnchor::topLeft, EdgeAnchor::topCenter, EdgeAnchor::topRight, EdgeAnchor::leftCenter,
+          EdgeAnchor::rightCenter, EdgeAnchor::bottomLeft, EdgeAnchor::bottomCenter,
+          EdgeAnchor::bottomRight}) {
+        SCOPED_TRACE(static_cast<int>(anchor));
+        const ScreenRect drawer = DrawerGeometry::frames(kFrame, anchor).drawerVisible;
+        const ScreenRect popOut = DrawerGeometry::reminderFrameBesideDrawer(kFrame, anchor, drawer);
+        EXPECT_FALSE(overlaps(popOut, drawer));
+        EXPECT_TRUE(inside(popOut, kFrame));
+        EXPECT_EQ(popOut.width, DrawerGeometry::reminderWidth);
+    }
+    // Top left: to the right of the drawer, level with its top.
+    const ScreenRect drawer = DrawerGeometry::frames(kFrame, EdgeAnchor::topLeft).drawerVisible;
+    EXPECT_EQ(DrawerGeometry::reminderFrameBesideDrawer(kFrame, EdgeAnchor::topLeft, drawer),
+              (ScreenRect{drawer.x + drawer.width + 12, drawer.y, 340, 180}));
+    // A screen too narrow for both keeps the usual corner rather than leaving it.
+    const ScreenRect narrow{0, 0, 600, 700};
+    const ScreenRect small = DrawerGeometry::frames(narrow, EdgeAnchor::topLeft).drawerVisible;
+    EXPECT_EQ(DrawerGeometry::reminderFrameBesideDrawer(narrow, EdgeAnchor::topLeft, small),
+              DrawerGeometry::reminderFrame(narrow, EdgeAnchor::topLeft));
+}
+
+} // namespace
+} // namespace daywyn

@@ -41,6 +41,17 @@ TEST(TaskRowText, ChecklistProgressCountsDoneItems) {
     EXPECT_EQ(TaskRowText::checklistProgress(task), "2/3");
 }
 
+// A session's length must never read like a time of day ("18:00").
+TEST(TaskRowText, DurationTextReadsAsALengthOfTime) {
+    EXPECT_EQ(TaskRowText::durationText(0), "under 1 min");
+    EXPECT_EQ(TaskRowText::durationText(59.9), "under 1 min");
+    EXPECT_EQ(TaskRowText::durationText(71), "1 min");
+    EXPECT_EQ(TaskRowText::durationText(18 * 60), "18 min");
+    EXPECT_EQ(TaskRowText::durationText(71 * 60 + 30), "1 h 11 min");
+    EXPECT_EQ(TaskRowText::durationText(120 * 60), "2 h");
+    EXPECT_EQ(TaskRowText::durationText(-5), "under 1 min");
+}
+
 TEST(TaskRowText, ClockTextShowsMinutesAndPaddedSeconds) {
     EXPECT_EQ(TaskRowText::clockText(0), "0:00");
     EXPECT_EQ(TaskRowText::clockText(245.9), "4:05");

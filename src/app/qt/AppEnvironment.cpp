@@ -145,6 +145,9 @@ SettingsWindow& AppEnvironment::settingsWindow() {
 OnboardingWindow& AppEnvironment::onboardingWindow() {
     if (!onboardingWindow_) {
         onboardingWindow_ = new OnboardingWindow(engine(), *userSettings_, this);
+        // After the welcome, the drawer opens once so a new user sees where it lives.
+        connect(onboardingWindow_, &OnboardingWindow::completed, drawerController_,
+                &EdgePanelController::show);
     }
     return *onboardingWindow_;
 }

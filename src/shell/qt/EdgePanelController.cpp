@@ -1,6 +1,8 @@
 #include "shell/qt/EdgePanelController.h"
 
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 
 #include <QCursor>
 #include <QDBusConnection>
@@ -13,6 +15,8 @@
 #include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
+#include <QtGui/qguiapplication_platform.h>
+#include <xcb/xcb.h>
 
 namespace daywyn {
 namespace {
@@ -22,6 +26,57 @@ QRect toRect(const ScreenRect& r) {
                  static_cast<int>(std::lround(r.width)), static_cast<int>(std::lround(r.height)));
 }
 
+// The part of a screen windows may use: its available area, trimmed to the screen
+// itself in case the desktop's work area is stale after a resolution change.
+QRect visibleFrame(const QScreen* screen) {
+    if (!screen) {
+        return QRect(0, 0, 1280, 800);
+    }
+    const QRect usable = screen->availableGeometry().intersected(screen->geometry());
+    return usable.isEmpty() ? screen->geometry() : usable;
+}
+
+xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
+    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
+        connection,
+        xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(std::strlen(name)), name),
+        nullptr);
+    const xcb_atom_t found = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    std::free(reply);
+    return found;
+}
+
+// Asks the window manager to leave a mapped panel out of the taskbar, the pager and
+// Alt+Tab (_NET_WM_STATE_SKIP_TASKBAR and _SKIP_PAGER), which Qt has no flag for on
+// X11. Elsewhere (Wayland, offscreen) it does nothing.
+void keepOffTaskLists(QWindow& window) {
+    const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+    xcb_connection_t* connection = x11 ? x11->connection() : nullptr;
+    if (!connection || xcb_connection_has_error(connection)) {
+        return;
+    }
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    const xcb_atom_t skip[] = {atom(connection, "_NET_WM_STATE_SKIP_TASKBAR"),
+                               atom(connection, "_NET_WM_STATE_SKIP_PAGER")};
+    // Before mapping the window manager reads the property; once mapped it listens
+    // for the request. Both are sent, since Qt maps the window on its own schedule.
+    xcb_change_property(connection, XCB_PROP_MODE_APPEND, static_cast<xcb_window_t>(window.winId()),
+                        atom(connection, "_NET_WM_STATE"), XCB_ATOM_ATOM, 32, 2, skip);
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = static_cast<xcb_window_t>(window.winId());
+    event.type = atom(connection, "_NET_WM_STATE");
+    event.data.data32[0] = 1; // add
+    event.data.data32[1] = skip[0];
+    event.data.data32[2] = skip[1];
+    event.data.data32[3] = 1; // from a normal application
+    xcb_send_event(connection, 0, root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&event));
+    xcb_flush(connection);
+}
+
 QQuickView* makePanel(QQmlEngine& engine, const QString& source, Qt::WindowFlags extra,
                       const QString& title) {
     auto* view = new QQuickView(&engine, nullptr);
@@ -29,6 +84,13 @@ QQuickView* makePanel(QQmlEngine& engine, const QString& source, Qt::WindowFlags
     view->setResizeMode(QQuickView::SizeRootObjectToView);
     view->setTitle(title);
     view->setSource(QUrl(source));
+    keepOffTaskLists(*view);
+    // Each time the window is mapped, since the window manager forgets on unmap.
+    QObject::connect(view, &QWindow::visibleChanged, view, [view](bool visible) {
+        if (visible) {
+            keepOffTaskLists(*view);
+        }
+    });
     return view;
 }
 
@@ -53,6 +115,9 @@ EdgePanelController::EdgePanelController(QObject* parent)
         if (hideAtEnd_) {
             drawer_->hide();
         } else {
+            // The last step lands exactly on the frame worked out now, in case the
+            // screen changed while the drawer moved.
+            drawer_->setGeometry(toRect(frames().drawerVisible));
             // Ready means the final frame is on screen, not merely scheduled.
             connect(drawer_, &QQuickWindow::frameSwapped, this, &EdgePanelController::drawerShown,
                     Qt::SingleShotConnection);
@@ -117,12 +182,25 @@ void EdgePanelController::prepare(QQmlEngine& engine) {
                         Qt::WindowDoesNotAcceptFocus, QStringLiteral("Daywyn handle"));
     drawer_ =
         makePanel(engine, QStringLiteral("qrc:/daywyn/Drawer.qml"), {}, QStringLiteral("Daywyn"));
+    // Without a compositor a window cannot be see-through, so the handle's window is
+    // cut to the shape the handle draws (the thin bar, or the logo tile when near).
+    handle_->setColor(Qt::transparent);
+    if (QQuickItem* root = handle_->rootObject()) {
+        connect(root, SIGNAL(visibleShapeChanged()), this, SLOT(updateHandleShape()));
+        updateHandleShape();
+    }
     connect(qApp, &QGuiApplication::screenAdded, this, &EdgePanelController::screensChanged);
     connect(qApp, &QGuiApplication::screenRemoved, this, &EdgePanelController::screensChanged);
     connect(qApp, &QGuiApplication::primaryScreenChanged, this,
             &EdgePanelController::screensChanged);
     screensChanged();
     handle_->show();
+}
+
+void EdgePanelController::updateHandleShape() {
+    if (QQuickItem* root = handle_ ? handle_->rootObject() : nullptr) {
+        handle_->setMask(QRegion(root->property("visibleShape").toRectF().toAlignedRect()));
+    }
 }
 
 QScreen* EdgePanelController::pickScreen() {
@@ -142,6 +220,8 @@ void EdgePanelController::screensChanged() {
     for (QScreen* screen : QGuiApplication::screens()) {
         connect(screen, &QScreen::availableGeometryChanged, this, &EdgePanelController::reposition,
                 Qt::UniqueConnection);
+        connect(screen, &QScreen::geometryChanged, this, &EdgePanelController::reposition,
+                Qt::UniqueConnection);
     }
     if (!currentScreen_ || !QGuiApplication::screens().contains(currentScreen_.data())) {
         currentScreen_ = pickScreen();
@@ -150,7 +230,7 @@ void EdgePanelController::screensChanged() {
 }
 
 DrawerFrames EdgePanelController::frames() const {
-    const QRect v = currentScreen_ ? currentScreen_->availableGeometry() : QRect(0, 0, 1280, 800);
+    const QRect v = visibleFrame(currentScreen_);
     return DrawerGeometry::frames({static_cast<double>(v.x()), static_cast<double>(v.y()),
                                    static_cast<double>(v.width()), static_cast<double>(v.height())},
                                   anchor_);
@@ -160,11 +240,20 @@ void EdgePanelController::reposition() {
     if (!drawer_) {
         return;
     }
+    // The screen may have gone with the change; the drawer follows to one still there.
+    if (!currentScreen_ || !QGuiApplication::screens().contains(currentScreen_.data())) {
+        currentScreen_ = pickScreen();
+    }
     const DrawerFrames f = frames();
     handle_->setScreen(currentScreen_);
     handle_->setGeometry(toRect(f.handle));
     drawer_->setScreen(currentScreen_);
+    // Stopping a slide skips its end: a drawer that was sliding away must still go,
+    // or it would stay mapped beyond the edge, over the handle.
     slide_.stop();
+    if (!visible_ && drawer_->isVisible()) {
+        drawer_->hide();
+    }
     drawer_->setGeometry(toRect(visible_ ? f.drawerVisible : f.drawerHidden));
 }
 
@@ -202,6 +291,8 @@ void EdgePanelController::show() {
         Q_EMIT isVisibleChanged();
     }
     if (wasVisible && drawer_->isVisible()) {
+        // Already out: put it back where it belongs should anything have moved it.
+        drawer_->setGeometry(toRect(f.drawerVisible));
         drawer_->raise();
         drawer_->requestActivate();
         return;
@@ -267,12 +358,14 @@ void EdgePanelController::presentReminder(const DrawerReminder& reminder, bool p
     if (!currentScreen_ || !QGuiApplication::screens().contains(currentScreen_.data())) {
         currentScreen_ = pickScreen();
     }
-    const QRect v = currentScreen_ ? currentScreen_->availableGeometry() : QRect(0, 0, 1280, 800);
+    const QRect v = visibleFrame(currentScreen_);
     reminder_->setScreen(currentScreen_);
-    reminder_->setGeometry(toRect(DrawerGeometry::reminderFrame(
-        {static_cast<double>(v.x()), static_cast<double>(v.y()), static_cast<double>(v.width()),
-         static_cast<double>(v.height())},
-        anchor_)));
+    const ScreenRect frame{static_cast<double>(v.x()), static_cast<double>(v.y()),
+                           static_cast<double>(v.width()), static_cast<double>(v.height())};
+    // Beside an open drawer rather than over its header.
+    reminder_->setGeometry(toRect(
+        visible_ ? DrawerGeometry::reminderFrameBesideDrawer(frame, anchor_, frames().drawerVisible)
+                 : DrawerGeometry::reminderFrame(frame, anchor_)));
     reminderCallbacks_ = std::move(callbacks);
     if (QQuickItem* root = reminder_->rootObject()) {
         root->setProperty("title", QString::fromStdString(reminder.title));

@@ -97,6 +97,10 @@ Q_SIGNALS:
     void reminderShown();
     void reminderClosed();
 
+private Q_SLOTS:
+    // Cuts the handle's window to what the handle draws.
+    void updateHandleShape();
+
 private:
     // The screen under the pointer, else the primary one, else any.
     QScreen* pickScreen();

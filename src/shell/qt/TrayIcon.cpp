@@ -56,6 +56,9 @@ TrayIcon::TrayIcon(EdgePanelController& drawer, QObject* parent)
     menu_->addSeparator();
     menu_->addAction(QStringLiteral("Quit"), qApp, &QCoreApplication::quit);
 
+    // Every window (drawer, settings, welcome, Quick Add) shows the logo, not a
+    // generic icon, in the window manager's lists.
+    QGuiApplication::setWindowIcon(logoIcon());
     icon_ = new QSystemTrayIcon(logoIcon(), this);
     icon_->setToolTip(QStringLiteral("Daywyn"));
     icon_->setContextMenu(menu_);

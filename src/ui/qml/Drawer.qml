@@ -4,8 +4,11 @@ import QtQuick.Layouts
 
 // The drawer: the day, the add field with its preview, the persistence banner, the
 // day's sections and the undo bar. Sheets (editor, session history, completed history)
-// open over it. Keys: arrows move between tasks, Space completes, Enter edits, T times,
-// P pins, Delete deletes, Ctrl+Z undoes, Escape closes a sheet or hides the drawer.
+// open over it. The add field has the keyboard whenever the drawer opens, so typing
+// never acts on a task; Down moves into the list, where arrows, Home, End, Page Up and
+// Page Down move between tasks, Space completes, Enter edits, T times, P pins, Delete
+// deletes and the Menu key opens the task's menu. Ctrl+Z undoes, Escape closes a sheet
+// or hides the drawer.
 Rectangle {
     id: root
     color: theme.surface
@@ -19,7 +22,9 @@ Rectangle {
     palette.text: theme.text
     palette.button: theme.raised
     palette.buttonText: theme.text
-    palette.light: theme.dark ? theme.text : "white"
+    // The highlighted menu item's fill: the selection colour, which the text reads on
+    // in both themes (white vanished on the light menu, and under light text in dark).
+    palette.light: theme.selection
     palette.midlight: theme.separator
     palette.mid: theme.separator
     palette.dark: theme.dark ? theme.mint : theme.ink
@@ -27,14 +32,40 @@ Rectangle {
     palette.highlightedText: theme.dark ? theme.text : theme.ink
 
     readonly property bool sheetOpen: editor.isOpen || sessions.isOpen || history.isOpen
+    // Where the keyboard goes back to when the last sheet closes: the list (on the row
+    // the sheet was opened from) or the add field.
+    property bool listHadFocus: false
 
     function closeTopSheet() {
         if (editor.isOpen) editor.close()
         else if (sessions.isOpen) sessions.close()
         else if (history.isOpen) history.close()
         else return false
-        list.forceActiveFocus()
         return true
+    }
+
+    // However a sheet was opened (key, button, menu or mouse) it takes the keyboard, so
+    // Escape reaches it; however it was closed, the keyboard comes back to the drawer.
+    onSheetOpenChanged: {
+        if (sheetOpen) {
+            listHadFocus = list.activeFocus || listHadFocus
+            if (editor.isOpen) editorSheet.focusTitle()
+            else if (sessions.isOpen) sessionSheet.forceActiveFocus()
+            else historySheet.forceActiveFocus()
+        } else {
+            if (listHadFocus && list.currentIndex >= 0) list.forceActiveFocus()
+            else addField.forceActiveFocus()
+            listHadFocus = false
+        }
+    }
+    // One sheet can replace another (Edit from History); the new one takes the keys.
+    Connections {
+        target: sessions
+        function onOpenChanged() { if (sessions.isOpen && !editor.isOpen) sessionSheet.forceActiveFocus() }
+    }
+    Connections {
+        target: editor
+        function onOpenChanged() { if (editor.isOpen) editorSheet.focusTitle() }
     }
 
     Keys.onEscapePressed: if (!closeTopSheet()) drawer.hide()
@@ -48,8 +79,9 @@ Rectangle {
     Connections {
         target: drawer
         function onAddFieldFocusRequested() { addField.forceActiveFocus() }
+        // A freshly opened drawer types into the add field, never into a row.
         function onIsVisibleChanged() {
-            if (drawer.isVisible && !addField.activeFocus) list.forceActiveFocus()
+            if (drawer.isVisible && !root.sheetOpen) addField.forceActiveFocus()
         }
     }
 
@@ -97,6 +129,7 @@ Rectangle {
                 }
             }
             FlatButton {
+                objectName: "historyButton"
                 text: "History"
                 Accessible.name: "Completed task history"
                 onClicked: history.open()
@@ -112,13 +145,14 @@ Rectangle {
         TextField {
             id: addField
             objectName: "addField"
+            focus: true
             Layout.fillWidth: true
             placeholderText: "What do you need to do?"
             placeholderTextColor: theme.secondaryText
             color: theme.text
             font.pixelSize: 13
             Accessible.name: "Add a task"
-            KeyNavigation.down: list
+            Keys.onDownPressed: list.enter()
             property var chips: []
             onTextChanged: chips = today.previewQuickAdd(text)
             onAccepted: if (today.addFromText(text)) text = ""
@@ -164,7 +198,8 @@ Rectangle {
             clip: true
             model: today
             spacing: 4
-            focus: true
+            // Tab reaches the list too (after the add field), as Down does.
+            activeFocusOnTab: true
             keyNavigationEnabled: false
             highlightFollowsCurrentItem: false
             boundsBehavior: Flickable.StopAtBounds
@@ -182,6 +217,15 @@ Rectangle {
                 if (row < 0) row = firstTaskRow(Math.min(currentIndex, count - 1), 1)
                 if (row < 0) row = firstTaskRow(Math.min(currentIndex, count - 1), -1)
                 currentIndex = row
+                showCurrent()
+            }
+            function showCurrent() { if (currentIndex >= 0) positionViewAtIndex(currentIndex, ListView.Contain) }
+            // From the add field: onto the remembered task, else the first one.
+            function enter() {
+                if (count === 0 || firstTaskRow(0, 1) < 0) return
+                if (currentIndex < 0 || today.taskIdAt(currentIndex) === "") currentIndex = firstTaskRow(0, 1)
+                forceActiveFocus()
+                showCurrent()
             }
             function firstTaskRow(from, step) {
                 for (var i = from; i >= 0 && i < count; i += step) {
@@ -193,10 +237,25 @@ Rectangle {
                 var row = firstTaskRow(currentIndex + step, step)
                 if (row >= 0) {
                     currentIndex = row
-                    positionViewAtIndex(row, ListView.Contain)
+                    showCurrent()
                 } else if (step < 0) {
                     addField.forceActiveFocus()
                 }
+            }
+            // Home, End and the page keys: to the first, last or a page's worth of tasks
+            // further, always landing on a task and never leaving the list.
+            function jumpTo(row, step) {
+                var target = firstTaskRow(Math.max(0, Math.min(row, count - 1)), step)
+                if (target < 0) target = firstTaskRow(Math.max(0, Math.min(row, count - 1)), -step)
+                if (target >= 0) {
+                    currentIndex = target
+                    showCurrent()
+                }
+            }
+            function pageRows() {
+                var item = currentItem
+                var rowHeight = item && item.height > 0 ? item.height + spacing : 56
+                return Math.max(1, Math.floor(height / rowHeight) - 1)
             }
             onCurrentIndexChanged: {
                 var id = today.taskIdAt(currentIndex)
@@ -206,16 +265,24 @@ Rectangle {
 
             Keys.onUpPressed: move(-1)
             Keys.onDownPressed: move(1)
+            Keys.onPressed: (event) => {
+                if (event.modifiers !== Qt.NoModifier) return
+                switch (event.key) {
+                case Qt.Key_Home: jumpTo(0, 1); break
+                case Qt.Key_End: jumpTo(count - 1, -1); break
+                case Qt.Key_PageUp: jumpTo(currentIndex - pageRows(), -1); break
+                case Qt.Key_PageDown: jumpTo(currentIndex + pageRows(), 1); break
+                // T starts or stops the focused task's timer, P pins or unpins it.
+                case Qt.Key_T: if (currentTaskId) today.toggleTimer(currentTaskId); break
+                case Qt.Key_P: if (currentTaskId) today.togglePin(currentTaskId); break
+                default: return
+                }
+                event.accepted = true
+            }
             Keys.onSpacePressed: if (currentTaskId) today.toggleComplete(currentTaskId)
             Keys.onReturnPressed: if (currentTaskId) root.openEditor(currentTaskId)
             Keys.onEnterPressed: if (currentTaskId) root.openEditor(currentTaskId)
             Keys.onDeletePressed: if (currentTaskId) today.deleteTask(currentTaskId)
-            // T starts or stops the focused task's timer, P pins or unpins it.
-            Keys.onPressed: (event) => {
-                if (!currentTaskId || event.modifiers !== Qt.NoModifier) return
-                if (event.key === Qt.Key_T) { today.toggleTimer(currentTaskId); event.accepted = true }
-                else if (event.key === Qt.Key_P) { today.togglePin(currentTaskId); event.accepted = true }
-            }
             Keys.onMenuPressed: if (currentItem && currentItem.item && currentItem.item.openMenu) currentItem.item.openMenu()
 
             delegate: Loader {
@@ -271,6 +338,11 @@ Rectangle {
                         listFocused: list.activeFocus
                         onEdit: root.openEditor(taskId)
                         onShowHistory: sessions.openTask(taskId)
+                        // A closed menu gives the keyboard back to its row.
+                        onMenuClosed: if (!root.sheetOpen) {
+                            list.currentIndex = cell.index
+                            list.forceActiveFocus()
+                        }
                     }
                 }
                 Component {
@@ -328,10 +400,11 @@ Rectangle {
     }
 
     function openEditor(taskId) {
+        if (list.activeFocus) listHadFocus = true
         if (editor.openTask(taskId)) editorSheet.focusTitle()
     }
 
-    TaskEditorSheet { id: editorSheet; anchors.fill: parent; visible: editor.isOpen }
-    SessionHistorySheet { anchors.fill: parent; visible: sessions.isOpen && !editor.isOpen }
-    CompletedHistorySheet { anchors.fill: parent; visible: history.isOpen && !editor.isOpen && !sessions.isOpen }
+    TaskEditorSheet { id: editorSheet; objectName: "editorSheet"; anchors.fill: parent; visible: editor.isOpen }
+    SessionHistorySheet { id: sessionSheet; objectName: "sessionSheet"; anchors.fill: parent; visible: sessions.isOpen && !editor.isOpen }
+    CompletedHistorySheet { id: historySheet; objectName: "historySheet"; anchors.fill: parent; visible: history.isOpen && !editor.isOpen && !sessions.isOpen }
 }

@@ -8,6 +8,8 @@ TextField {
     placeholderTextColor: theme.secondaryText
     font.pixelSize: 13
     selectByMouse: true
+    selectionColor: theme.selection
+    selectedTextColor: theme.dark ? theme.text : theme.ink
     opacity: enabled ? 1 : 0.55
     background: Rectangle {
         radius: 8

@@ -2,6 +2,8 @@ import QtQuick
 
 // The handle at the screen edge: a thin bar that grows into the logo when the pointer
 // comes near; a click (or Enter/Space from assistive technology) toggles the drawer.
+// While a timer runs the bar carries a coral mark. The window is cut to visibleShape,
+// so no box shows around the bar without a compositor.
 Item {
     id: root
     Accessible.role: Accessible.Button
@@ -13,6 +15,8 @@ Item {
                                      || drawer.anchor === "leftCenter"
     readonly property bool rightSide: drawer.anchor === "topRight" || drawer.anchor === "bottomRight"
                                       || drawer.anchor === "rightCenter"
+    readonly property bool timerRunning: today.runningClock !== ""
+    readonly property rect visibleShape: Qt.rect(tile.x, tile.y, tile.width, tile.height)
 
     Rectangle {
         // The resting bar hugs the screen edge; near, it becomes the full logo tile.
@@ -25,6 +29,27 @@ Item {
                                                                 : (root.width - width) / 2)
         y: root.near ? 0 : (root.leftSide || root.rightSide ? (root.height - height) / 2
                            : drawer.anchor === "topCenter" ? 0 : root.height - height)
+
+        Rectangle {
+            // The running timer's mark: a coral stretch in the middle of the bar.
+            objectName: "timerMark"
+            visible: root.timerRunning && !root.near
+            anchors.centerIn: parent
+            width: root.leftSide || root.rightSide ? parent.width : 14
+            height: root.leftSide || root.rightSide ? 14 : parent.height
+            radius: 3
+            color: theme.coral
+        }
+        Rectangle {
+            // On the tile: a coral dot in the corner.
+            visible: root.timerRunning && root.near
+            x: parent.width - width - 6
+            y: 6
+            width: 10
+            height: 10
+            radius: 5
+            color: theme.coral
+        }
 
         Item {
             anchors.fill: parent

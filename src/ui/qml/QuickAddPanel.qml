@@ -17,7 +17,12 @@ Rectangle {
 
     Connections {
         target: root.capture
-        function onFocusRequested() { field.forceActiveFocus() }
+        // A draft kept from last time is selected, so typing replaces it instead of
+        // running on after it; the chips below always read what the field holds.
+        function onFocusRequested() {
+            field.forceActiveFocus()
+            field.selectAll()
+        }
     }
 
     ColumnLayout {

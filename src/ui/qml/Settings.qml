@@ -29,6 +29,13 @@ Rectangle {
     }
     onPageChanged: settingsModel.clearMessage()
 
+    // Escape (when no control or dialog wants it) and Ctrl+W close the window.
+    Keys.onEscapePressed: root.Window.window.close()
+    Shortcut {
+        sequences: [StandardKey.Close]
+        onActivated: root.Window.window.close()
+    }
+
     RowLayout {
         anchors.fill: parent
         spacing: 0
@@ -97,13 +104,28 @@ Rectangle {
                 id: pageLoader
                 objectName: "settingsPage"
                 width: scroller.availableWidth
+                // Built once the page has its real width: wrapped notes laid out at a
+                // narrower width first kept their taller height and overlapped the next
+                // section.
+                active: scroller.availableWidth > 100
                 source: "Settings" + root.page.charAt(0).toUpperCase() + root.page.slice(1) + "Page.qml"
             }
         }
     }
 
+    // Opens the save dialog; if it cannot appear, the page says so instead of nothing.
+    function openExport(asCsv) {
+        exportDialog.asCsv = asCsv
+        exportDialog.open()
+        if (!exportDialog.visible) settingsModel.exportDialogFailed(asCsv)
+    }
+
     FileDialog {
         id: exportDialog
+        objectName: "exportDialog"
+        // Declared under a view's root item, the dialog cannot find its window by
+        // itself and would refuse to open; name it.
+        parentWindow: root.Window.window
         property bool asCsv: false
         title: asCsv ? "Export task spreadsheet" : "Export tasks and reports"
         fileMode: FileDialog.SaveFile

@@ -23,7 +23,7 @@ ColumnLayout {
         SettingsSection {
             title: "Calendar accounts"
             FlatButton {
-                text: "Open Calendar privacy settings"
+                text: "Open Online Accounts"
                 fill: theme.raised
                 onClicked: if (!systemSettings.open("calendars")) calendarFailure.text = systemSettings.failureMessage()
             }

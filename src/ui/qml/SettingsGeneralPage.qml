@@ -18,7 +18,6 @@ ColumnLayout {
             ComboBox {
                 objectName: "anchorChoice"
                 Layout.preferredWidth: 240
-                Layout.preferredHeight: 36
                 model: settingsModel.anchors
                 textRole: "label"
                 valueRole: "value"

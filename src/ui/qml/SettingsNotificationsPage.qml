@@ -96,6 +96,15 @@ ColumnLayout {
                 checked: settingsModel.userSwitch("inAppReminderSoundEnabled", true)
                 onToggled: settingsModel.setUserSwitch("inAppReminderSoundEnabled", checked)
             }
+            SettingsNumber { objectName: "popOutsFrom"; label: "Pop-outs from"; userKey: "inAppActiveStart"; fallback: 9; unit: ":00"; from: 0; to: 23 }
+            SettingsNumber { objectName: "popOutsUntil"; label: "Pop-outs until"; userKey: "inAppActiveEnd"; fallback: 21; unit: ":00"; from: 0; to: 24 }
+            Text {
+                Layout.fillWidth: true
+                text: "Pop-outs appear only between these hours; equal hours allow them all day."
+                wrapMode: Text.WordWrap
+                font.pixelSize: 12
+                color: theme.secondaryText
+            }
             FlatButton {
                 text: "Preview drawer reminder"
                 fill: theme.raised
@@ -104,7 +113,7 @@ ColumnLayout {
         }
         SettingsSection {
             title: "Unfinished tasks"
-            note: "Equal start and end hours allow reminders all day."
+            note: "Notifications about open tasks are sent only between these hours; equal hours allow them all day."
             RowLayout {
                 Text { text: "Nudge me"; font.pixelSize: 13; color: theme.text; Layout.fillWidth: true }
                 ComboBox {
@@ -123,8 +132,8 @@ ColumnLayout {
                     onActivated: notifications.setUnfinishedReminderCadence(currentValue)
                 }
             }
-            SettingsNumber { label: "Active hours start"; preference: "activeHoursStart"; unit: ":00"; from: 0; to: 23 }
-            SettingsNumber { label: "Active hours end"; preference: "activeHoursEnd"; unit: ":00"; from: 1; to: 24 }
+            SettingsNumber { objectName: "nudgesFrom"; label: "Notifications from"; preference: "activeHoursStart"; unit: ":00"; from: 0; to: 23 }
+            SettingsNumber { objectName: "nudgesUntil"; label: "Notifications until"; preference: "activeHoursEnd"; unit: ":00"; from: 1; to: 24 }
         }
         SettingsSection {
             title: "Desktop notification settings"

@@ -4,10 +4,13 @@ import QtQuick.Layouts
 
 // A labelled whole-number field bound to one preference; a value out of range is
 // refused with the model's sentence and the field shows the stored value again.
+// With `userKey` it is bound to that key of this machine's settings file instead.
 RowLayout {
     id: row
     property string label
     property string preference
+    property string userKey
+    property int fallback: 0
     property string unit
     property int from: 0
     property int to: 720
@@ -24,9 +27,11 @@ RowLayout {
         from: row.from
         to: row.to
         editable: true
-        value: settingsModel.preferences[row.preference]
+        value: row.userKey !== "" ? settingsModel.userNumber(row.userKey, row.fallback)
+                                  : settingsModel.preferences[row.preference]
         Accessible.name: row.label
-        onValueModified: settingsModel.setPreference(row.preference, value)
+        onValueModified: row.userKey !== "" ? settingsModel.setUserNumber(row.userKey, value)
+                                            : settingsModel.setPreference(row.preference, value)
         palette.base: theme.raised
         palette.text: theme.text
         palette.button: theme.raised

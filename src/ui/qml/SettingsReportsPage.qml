@@ -98,13 +98,13 @@ ColumnLayout {
                     objectName: "exportJson"
                     text: "Export tasks and reports (JSON)"
                     fill: theme.raised
-                    onClicked: { exportDialog.asCsv = false; exportDialog.open() }
+                    onClicked: root.openExport(false)
                 }
                 FlatButton {
                     objectName: "exportCsv"
                     text: "Export task spreadsheet (CSV)"
                     fill: theme.raised
-                    onClicked: { exportDialog.asCsv = true; exportDialog.open() }
+                    onClicked: root.openExport(true)
                 }
             }
         }

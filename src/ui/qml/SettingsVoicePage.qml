@@ -25,9 +25,9 @@ ColumnLayout {
                     onClicked: if (!systemSettings.open("microphone")) voiceFailure.text = systemSettings.failureMessage()
                 }
                 FlatButton {
-                    text: "Open Speech Recognition settings"
+                    text: "Install the speech model"
                     fill: theme.raised
-                    onClicked: if (!systemSettings.open("speechRecognition")) voiceFailure.text = systemSettings.failureMessage()
+                    onClicked: voiceFailure.text = "Recognition on this computer uses the English speech model. In a terminal, run: sudo apt install pocketsphinx-en-us"
                 }
             }
             Text { id: voiceFailure; visible: text !== ""; Layout.fillWidth: true; wrapMode: Text.WordWrap; font.pixelSize: 12; color: theme.text }

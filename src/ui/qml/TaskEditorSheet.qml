@@ -16,6 +16,8 @@ Sheet {
         property alias value: valueField.text
         signal switched(bool on)
         signal edited(string text)
+        // What a click on the switch does, for keyboard-free checks.
+        function flip() { toggle.toggle(); switched(toggle.checked) }
         Layout.fillWidth: true
         Switch {
             id: toggle
@@ -51,6 +53,7 @@ Sheet {
             spacing: 8
             Field {
                 id: titleField
+                objectName: "editorTitle"
                 Layout.fillWidth: true
                 placeholderText: "Title"
                 Accessible.name: "Title"
@@ -88,6 +91,7 @@ Sheet {
                 Text { text: "min"; color: theme.secondaryText; font.pixelSize: 12 }
             }
             SwitchRow {
+                objectName: "plannedDayRow"
                 label: "Planned day"
                 on: editor.hasDay
                 value: editor.dayText

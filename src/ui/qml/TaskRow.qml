@@ -4,13 +4,15 @@ import QtQuick.Layouts
 
 // One task: checkbox, title (two lines at most), a secondary line with planned time,
 // checklist progress and recorded time against the estimate, and the timer button.
-// Hover or keyboard focus reveals pin, edit and delete; the full list is in the menu.
+// Hover or keyboard focus reveals pin and the menu button; their place is kept while
+// hidden, so revealing them neither rewraps the title nor covers the secondary line.
 Rectangle {
     id: row
     property bool current: false
     property bool listFocused: false
     signal edit()
     signal showHistory()
+    signal menuClosed()
 
     readonly property bool revealed: hover.hovered || (current && listFocused)
     implicitHeight: Math.max(48, body.implicitHeight + 16)
@@ -99,7 +101,9 @@ Rectangle {
                 visible: detailText.text !== "" || timeLabel.text !== ""
                 Text {
                     id: detailText
-                    Layout.maximumWidth: 180
+                    Layout.fillWidth: true
+                    Layout.minimumWidth: 0
+                    Layout.maximumWidth: implicitWidth
                     elide: Text.ElideRight
                     text: detail
                     visible: text !== ""
@@ -132,18 +136,27 @@ Rectangle {
                 anchors.fill: parent
                 z: -1
                 radius: 10
+                // On the selected row (itself mint) the badge keeps an outline.
                 color: theme.mint
+                border.width: row.current && row.listFocused ? 1 : 0
+                border.color: theme.ink
             }
         }
 
         FlatButton {
-            visible: row.revealed && !isComplete
+            visible: !isComplete
+            opacity: row.revealed ? 1 : 0
+            enabled: row.revealed
+            // As wide as "Unpin" either way, so pinning does not shift the row.
+            implicitWidth: Math.ceil(pinWidth.advanceWidth) + 16
             text: rank > 0 ? "Unpin" : "Pin"
             focusPolicy: Qt.NoFocus
             onClicked: today.togglePin(taskId)
+            TextMetrics { id: pinWidth; text: "Unpin"; font.pixelSize: 13 }
         }
         FlatButton {
-            visible: row.revealed
+            opacity: row.revealed ? 1 : 0
+            enabled: row.revealed
             text: "⋯"
             focusPolicy: Qt.NoFocus
             Accessible.name: "More actions for " + title
@@ -199,6 +212,7 @@ Rectangle {
 
     Menu {
         id: menu
+        onClosed: row.menuClosed()
         MenuItem { text: "Edit"; onTriggered: row.edit() }
         MenuItem {
             text: "Do today"

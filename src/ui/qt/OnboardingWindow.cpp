@@ -49,6 +49,7 @@ void OnboardingWindow::complete() {
     if (window_) {
         window_->close();
     }
+    Q_EMIT completed();
 }
 
 } // namespace daywyn

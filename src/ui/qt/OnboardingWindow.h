@@ -28,6 +28,10 @@ public:
     Q_INVOKABLE void complete();
     QQuickView* window() const;
 
+Q_SIGNALS:
+    // The last step was finished (not merely the window closed).
+    void completed();
+
 private:
     QQmlEngine& engine_;
     UserSettings& settings_;

@@ -53,7 +53,7 @@ QVariant SessionHistoryModel::data(const QModelIndex& index, int role) const {
                DisplayFormat::time(s.start, calendar_) + QStringLiteral("–") +
                DisplayFormat::dateTime(s.end, s.start, calendar_);
     case DurationRole:
-        return QString::fromStdString(TaskRowText::clockText(std::max(0.0, s.end - s.start)));
+        return QString::fromStdString(TaskRowText::durationText(s.end - s.start));
     default:
         return {};
     }

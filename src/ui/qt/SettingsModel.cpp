@@ -269,12 +269,29 @@ void SettingsModel::setUserSwitch(const QString& key, bool on) {
     settings_.setValue(key, on);
 }
 
+int SettingsModel::userNumber(const QString& key, int fallback) const {
+    bool ok = false;
+    const int value = settings_.stringValue(key).toInt(&ok);
+    return ok ? value : fallback;
+}
+
+void SettingsModel::setUserNumber(const QString& key, int value) {
+    settings_.setValue(key, value);
+}
+
 QString SettingsModel::version() const {
     return QString::fromStdString(versionLine());
 }
 
 QString SettingsModel::settingsFilePath() const {
     return settings_.filePath();
+}
+
+void SettingsModel::exportDialogFailed(bool asCsv) {
+    setMessage(QStringLiteral("The save dialog could not open, so nothing was exported. In a "
+                              "terminal, run: daywyn export %1 ~/Daywyn-export.%2")
+                   .arg(asCsv ? QStringLiteral("--csv") : QStringLiteral("--json"),
+                        asCsv ? QStringLiteral("csv") : QStringLiteral("json")));
 }
 
 void SettingsModel::setMessage(const QString& message) {

@@ -63,11 +63,16 @@ public:
     // Writes the export to `path` (a local path or file: URL) atomically and says
     // "Export saved to <name>." or "Export failed: <reason>.". True when saved.
     Q_INVOKABLE bool exportData(bool asCsv, const QString& path);
+    // The save dialog did not appear: says so, and how to export without it.
+    Q_INVOKABLE void exportDialogFailed(bool asCsv);
 
     // A switch kept in this machine's settings file (the drawer pop-outs'), or
     // `fallback` when it was never set; setting it writes the file at once.
     Q_INVOKABLE bool userSwitch(const QString& key, bool fallback) const;
     Q_INVOKABLE void setUserSwitch(const QString& key, bool on);
+    // A whole number in this machine's settings file (the pop-outs' active hours).
+    Q_INVOKABLE int userNumber(const QString& key, int fallback) const;
+    Q_INVOKABLE void setUserNumber(const QString& key, int value);
 
     QString message() const { return message_; }
     Q_INVOKABLE void clearMessage() { setMessage({}); }

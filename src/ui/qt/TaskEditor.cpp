@@ -6,6 +6,44 @@
 #include "ui/qt/DisplayFormat.h"
 
 namespace daywyn {
+namespace {
+
+// `latest` with every field group the user changed (from `opened` to `edited`) taken
+// from `edited`. A switch and its value change together, as the screen shows them.
+TaskDraft userChangesOnto(TaskDraft latest, const TaskDraft& opened, const TaskDraft& edited) {
+    auto take = [](auto& target, const auto& before, const auto& after) {
+        if (!(before == after)) {
+            target = after;
+        }
+    };
+    take(latest.title, opened.title, edited.title);
+    take(latest.recurrence, opened.recurrence, edited.recurrence);
+    take(latest.checklist, opened.checklist, edited.checklist);
+    auto takePair = [](bool& has, auto& value, bool hadBefore, const auto& before, bool hasAfter,
+                       const auto& after) {
+        if (hadBefore != hasAfter || (hasAfter && !(before == after))) {
+            has = hasAfter;
+            value = after;
+        }
+    };
+    takePair(latest.hasEstimate, latest.estimatedMinutes, opened.hasEstimate,
+             opened.estimatedMinutes, edited.hasEstimate, edited.estimatedMinutes);
+    takePair(latest.hasReminder, latest.reminderDate, opened.hasReminder, opened.reminderDate,
+             edited.hasReminder, edited.reminderDate);
+    takePair(latest.hasScheduledStart, latest.scheduledStart, opened.hasScheduledStart,
+             opened.scheduledStart, edited.hasScheduledStart, edited.scheduledStart);
+    takePair(latest.hasScheduledDay, latest.scheduledDay, opened.hasScheduledDay,
+             opened.scheduledDay, edited.hasScheduledDay, edited.scheduledDay);
+    takePair(latest.hasScheduledEnd, latest.scheduledEnd, opened.hasScheduledEnd,
+             opened.scheduledEnd, edited.hasScheduledEnd, edited.scheduledEnd);
+    // A start the user set replaces the day; a day the user set replaces the start.
+    if (edited.hasScheduledDay && !opened.hasScheduledDay && !edited.hasScheduledStart) {
+        latest.hasScheduledStart = false;
+    }
+    return latest;
+}
+
+} // namespace
 
 TaskEditor::TaskEditor(TodayTaskStore& store, Calendar calendar, Clock clock, QObject* parent)
     : QObject(parent)
@@ -53,6 +91,7 @@ void TaskEditor::load(const TaskDraft& draft) {
                    .arg(day.year, 4, 10, QLatin1Char('0'))
                    .arg(day.month, 2, 10, QLatin1Char('0'))
                    .arg(day.day, 2, 10, QLatin1Char('0'));
+    opened_ = draft_;
     saveError_.clear();
     open_ = true;
     Q_EMIT openChanged();
@@ -222,12 +261,24 @@ bool TaskEditor::save() {
         return false;
     }
     if (taskId_) {
-        if (!store_.task(*taskId_)) {
+        const TaskItem* task = store_.task(*taskId_);
+        if (!task) {
             saveError_ = QStringLiteral("This task was deleted while you edited it.");
             Q_EMIT changed();
             return false;
         }
-        store_.updateTask(*taskId_, draft_, calendar_);
+        if (draft_ == opened_) {
+            close();
+            return true;
+        }
+        const TaskDraft merged = userChangesOnto(TaskDraft::from(*task), opened_, draft_);
+        if (const auto message = merged.validationMessage()) {
+            // The task changed meanwhile in a way that clashes with the user's edit.
+            saveError_ = QString::fromStdString(*message);
+            Q_EMIT changed();
+            return false;
+        }
+        store_.updateTask(*taskId_, merged, calendar_);
     } else if (const auto message = store_.addTaskReliably(draft_, clock_(), calendar_)) {
         saveError_ = QString::fromStdString(*message);
         Q_EMIT changed();

@@ -47,6 +47,8 @@ public:
     Q_INVOKABLE void openNew();
     Q_INVOKABLE void close();
     // Saves when the draft is valid and closes; otherwise stays open with the sentence.
+    // Only the fields the user changed are written: anything else the task holds now
+    // (moved by "Do today" or the command line while the sheet was open) is kept.
     Q_INVOKABLE bool save();
 
     Q_INVOKABLE void addChecklistItem(const QString& title);
@@ -102,6 +104,8 @@ private:
     bool open_ = false;
     std::optional<Uuid> taskId_;
     TaskDraft draft_;
+    // The draft as opened, to tell the user's changes from the task's own values.
+    TaskDraft opened_;
     QString reminderText_;
     QString startText_;
     QString dayText_;

@@ -112,7 +112,7 @@ TEST_F(SystemSettingsNavigatorTest, SaysSoWhenNoSettingsProgramStarts) {
     EXPECT_FALSE(navigator.open(SystemSettingsDestination::microphone));
     EXPECT_FALSE(navigator.open(QStringLiteral("no such pane")));
     EXPECT_EQ(navigator.failureMessage(),
-              QStringLiteral("System Settings could not be opened. Open Privacy & Security "
+              QStringLiteral("Settings could not be opened. Open your desktop's privacy settings "
                              "manually and allow Daywyn."));
 }
 

@@ -26,6 +26,8 @@ protected:
         app.start();
         app.drawerController().setReducedMotion(true);
         app.drawerController().show();
+        // The drawer opens in its add field; Down moves onto the first task.
+        press(Qt::Key_Down);
     }
     QQuickView& window() { return *app.drawerController().drawerWindow(); }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {

@@ -2,10 +2,12 @@
 #include <QQuickItem>
 #include <QQuickView>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QUrl>
 #include <gtest/gtest.h>
 
 #include "app/qt/AppEnvironment.h"
+#include "reminders/qt/DrawerReminderCoordinator.h"
 #include "shell/qt/UserSettings.h"
 #include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"
@@ -183,6 +185,53 @@ TEST(OnboardingWindow, OpensAtLaunchUntilFinished) {
     EXPECT_TRUE(settings.boolValue(QStringLiteral("onboardingCompleted"), false));
     EXPECT_FALSE(onboarding.window()->isVisible());
     EXPECT_FALSE(onboarding.showIfNeeded());
+}
+
+} // namespace
+} // namespace daywyn
+
+namespace daywyn {
+namespace {
+
+// The spin box inside a labelled SettingsNumber row.
+QQuickItem* spinBoxIn(QQuickItem& row) {
+    for (QQuickItem* child : row.childItems()) {
+        if (child->property("stepSize").isValid() && child->property("value").isValid()) {
+            return child;
+        }
+    }
+    return nullptr;
+}
+
+// The pop-outs and the notifications each have their own active hours, and each
+// control changes only its own: the pop-outs' in this machine's settings file, the
+// notifications' in the state file.
+TEST(SettingsWindow, PopOutAndNotificationActiveHoursAreSetSeparately) {
+    AppEnvironment app(nullptr, test::berlin(),
+                       test::ManualClock(test::at(test::berlin(), 2026, 11, 21, 9)).function(),
+                       false);
+    app.settingsWindow().show(QStringLiteral("notifications"));
+    QQuickView& window = *app.settingsWindow().window();
+    ASSERT_TRUE(test::waitUntil([&] { return window.activeFocusItem() != nullptr; }));
+    const auto step = [&](const char* name, Qt::Key key) {
+        QQuickItem* row = test::findItem(window, QString::fromLatin1(name));
+        ASSERT_NE(row, nullptr) << name;
+        QQuickItem* box = spinBoxIn(*row);
+        ASSERT_NE(box, nullptr) << name;
+        box->forceActiveFocus();
+        QTest::keyClick(&window, key);
+    };
+    ASSERT_EQ(app.drawerReminders().settings().activeStart, 9);
+    step("popOutsFrom", Qt::Key_Up);
+    step("popOutsUntil", Qt::Key_Down);
+    EXPECT_EQ(app.drawerReminders().settings().activeStart, 10);
+    EXPECT_EQ(app.drawerReminders().settings().activeEnd, 20);
+    EXPECT_EQ(app.store().preferences().activeHoursStart, 9);
+    EXPECT_EQ(app.store().preferences().activeHoursEnd, 21);
+
+    step("nudgesFrom", Qt::Key_Down);
+    EXPECT_EQ(app.store().preferences().activeHoursStart, 8);
+    EXPECT_EQ(app.drawerReminders().settings().activeStart, 10);
 }
 
 } // namespace

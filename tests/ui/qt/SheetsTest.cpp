@@ -72,6 +72,42 @@ TEST_F(SheetsTest, EditorRefusesToSaveWhileItsSentenceStands) {
     EXPECT_EQ(saved.checklist->size(), 1u);
 }
 
+TEST_F(SheetsTest, EditorSavesOnlyWhatTheUserChanged) {
+    const Instant today = berlin.startOfDay(clock.now());
+    storeWith({TaskBuilder("Pay rent")
+                   .createdAt(clock.now())
+                   .plannedFor(today)
+                   .estimate(20)
+                   .checklistItem("Find the bank details")});
+    const TaskItem before = store->tasks().front();
+    TaskEditor editor(*store, berlin, clock.function());
+
+    // Opened and saved untouched: the task is exactly as it was, planned day included.
+    ASSERT_TRUE(editor.openTask(firstId()));
+    EXPECT_TRUE(editor.hasDay());
+    EXPECT_TRUE(editor.save());
+    EXPECT_EQ(store->tasks().front(), before);
+
+    // While the sheet is open the task moves to tomorrow elsewhere; the user renames it.
+    ASSERT_TRUE(editor.openTask(firstId()));
+    const Instant tomorrow = berlin.startOfDay(today + 36 * 3600);
+    store->doToday(store->tasks().front().id, tomorrow, berlin);
+    ASSERT_EQ(store->tasks().front().scheduledDay, tomorrow);
+    editor.setTitle(QStringLiteral("Pay the rent"));
+    EXPECT_TRUE(editor.save());
+    const TaskItem& saved = store->tasks().front();
+    EXPECT_EQ(saved.title, "Pay the rent");
+    EXPECT_EQ(saved.scheduledDay, tomorrow);
+    EXPECT_EQ(saved.estimatedMinutes, 20);
+    EXPECT_EQ(saved.checklist, before.checklist);
+
+    // Switching the day off is a change of its own and is saved.
+    ASSERT_TRUE(editor.openTask(firstId()));
+    editor.setHasDay(false);
+    EXPECT_TRUE(editor.save());
+    EXPECT_FALSE(store->tasks().front().scheduledDay.has_value());
+}
+
 TEST_F(SheetsTest, SessionHistoryListsNewestFirstAndChecksTheEditorsRules) {
     const Instant now = clock.now();
     storeWith({TaskBuilder("Write")
