@@ -21,6 +21,8 @@ packages=(
   dbus dbus-bin xvfb xauth x11-utils xdotool openbox
   # measuring the desktop app (scripts/measure-desktop.sh)
   time
+  # system calendars: Evolution Data Server through libecal, .ics folders through libical
+  libecal2.0-dev libical-dev evolution-data-server
 )
 
 missing=()
