@@ -103,4 +103,37 @@ std::vector<std::string> calendarExplanations(CalendarAccessStatus status, bool 
     return texts;
 }
 
+std::string eventTimeSpanText(const CalendarEventItem& item, const Calendar& calendar) {
+    if (item.isAllDay) {
+        return "All day";
+    }
+    const std::string start = calendar.shortTimeText(item.start);
+    if (!(item.end > item.start)) {
+        return start;
+    }
+    return start + " \u2013 " + calendar.shortTimeText(item.end);
+}
+
+std::optional<std::string> meetingLink(const CalendarEventItem& item) {
+    if (!item.url) {
+        return std::nullopt;
+    }
+    const std::string link = trimWhitespace(*item.url);
+    constexpr std::string_view scheme = "https://";
+    if (link.size() <= scheme.size()) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < scheme.size(); ++i) {
+        const char c = link[i];
+        const char lower = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        if (lower != scheme[i]) {
+            return std::nullopt;
+        }
+    }
+    if (link.find_first_of(" \t\r\n") != std::string::npos) {
+        return std::nullopt;
+    }
+    return link;
+}
+
 } // namespace daywyn

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,5 +32,13 @@ std::vector<CalendarEventItem> dayEventItems(const CalendarSnapshot& snapshot,
 std::vector<std::string> calendarExplanations(CalendarAccessStatus status, bool integrationEnabled,
                                               const std::vector<CalendarChoice>& calendars,
                                               const std::vector<std::string>& selected);
+
+// The row's time: "All day", or the start and end in the calendar's short time style
+// joined by an en dash ("9:00 AM – 9:30 AM").
+std::string eventTimeSpanText(const CalendarEventItem& item, const Calendar& calendar);
+
+// The event's link when it is safe to open as a meeting link (an https address), else
+// absent.
+std::optional<std::string> meetingLink(const CalendarEventItem& item);
 
 } // namespace daywyn

@@ -165,3 +165,42 @@ TEST(CalendarExplanations, SayWhyNoEventsAppear) {
 
 } // namespace
 } // namespace daywyn
+
+namespace daywyn {
+namespace {
+
+TEST(EventRowText, ShowsAllDayOrTheTimeSpan) {
+    const Calendar ny("America/New_York", "en_US");
+    CalendarEventItem event;
+    event.start = test::at(ny, 2026, 3, 8, 9);
+    event.end = test::at(ny, 2026, 3, 8, 9, 30);
+    EXPECT_EQ(eventTimeSpanText(event, ny), "9:00\u202fAM \u2013 9:30\u202fAM");
+    event.end = event.start;
+    EXPECT_EQ(eventTimeSpanText(event, ny), "9:00\u202fAM");
+    event.isAllDay = true;
+    EXPECT_EQ(eventTimeSpanText(event, ny), "All day");
+}
+
+TEST(EventRowText, OffersOnlyHttpsLinksAsMeetingLinks) {
+    CalendarEventItem event;
+    EXPECT_FALSE(meetingLink(event));
+    const struct {
+        const char* url;
+        std::optional<std::string> expected;
+    } cases[] = {
+        {"https://meet.example.org/abc", "https://meet.example.org/abc"},
+        {" HTTPS://Meet.example.org/x ", "HTTPS://Meet.example.org/x"},
+        {"http://meet.example.org/abc", std::nullopt},
+        {"javascript:alert(1)", std::nullopt},
+        {"https://", std::nullopt},
+        {"https://a b", std::nullopt},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.url);
+        event.url = c.url;
+        EXPECT_EQ(meetingLink(event), c.expected);
+    }
+}
+
+} // namespace
+} // namespace daywyn
