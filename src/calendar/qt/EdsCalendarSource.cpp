@@ -1,9 +1,11 @@
 #include "calendar/qt/EdsCalendarSource.h"
 
 #include <algorithm>
+#include <future>
 #include <libecal/libecal.h>
 #include <map>
 #include <mutex>
+#include <thread>
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -28,6 +30,12 @@ struct EdsCalendarSource::State {
     Calendar calendar;
     std::mutex mutex;
     GCancellable* cancellable = g_cancellable_new();
+    // Every call into the calendar service runs on one thread of our own, whose GLib
+    // context is its default: the registry's and views' signals are dispatched there,
+    // never on a Qt worker whose context nobody runs.
+    GMainContext* context = g_main_context_new();
+    GMainLoop* loop = g_main_loop_new(context, FALSE);
+    std::thread thread;
     ESourceRegistry* registry = nullptr;
     std::map<std::string, Client> clients;
     // Read and written on the main thread only.
@@ -35,14 +43,45 @@ struct EdsCalendarSource::State {
     std::weak_ptr<State> self;
 
     ~State() {
+        g_main_loop_unref(loop);
+        g_main_context_unref(context);
+        g_object_unref(cancellable);
+    }
+
+    // Runs on the service thread until the loop quits, then lets go of the service's
+    // objects there.
+    void run() {
+        g_main_context_push_thread_default(context);
+        g_main_loop_run(loop);
         for (auto& [uid, client] : clients) {
             release(client);
         }
+        clients.clear();
         if (registry != nullptr) {
             g_signal_handlers_disconnect_by_data(registry, this);
             g_object_unref(registry);
+            registry = nullptr;
         }
-        g_object_unref(cancellable);
+        g_main_context_pop_thread_default(context);
+    }
+
+    // Runs `work` on the service thread.
+    static void invoke(const std::shared_ptr<State>& state, std::function<void(State&)> work) {
+        struct Job {
+            std::weak_ptr<State> state;
+            std::function<void(State&)> work;
+        };
+        auto* pending = new Job{state, std::move(work)};
+        g_main_context_invoke_full(
+            state->context, G_PRIORITY_DEFAULT,
+            [](gpointer data) -> gboolean {
+                auto* job = static_cast<Job*>(data);
+                if (auto alive = job->state.lock()) {
+                    job->work(*alive);
+                }
+                return G_SOURCE_REMOVE;
+            },
+            pending, [](gpointer data) { delete static_cast<Job*>(data); });
     }
 
     void release(Client& client) {
@@ -252,36 +291,48 @@ EdsCalendarSource::EdsCalendarSource(Calendar calendar, QObject* parent)
     , state_(std::make_shared<State>()) {
     state_->calendar = std::move(calendar);
     state_->self = state_;
+    State* state = state_.get();
+    state_->thread = std::thread([state] { state->run(); });
 }
 
 EdsCalendarSource::~EdsCalendarSource() {
     // A read stuck on a dead service is cancelled rather than waited for forever.
     g_cancellable_cancel(state_->cancellable);
     state_->onChange = nullptr;
+    // Quitting through the loop's own queue also works when it has not started yet.
+    g_main_context_invoke(
+        state_->context,
+        [](gpointer loop) -> gboolean {
+            g_main_loop_quit(static_cast<GMainLoop*>(loop));
+            return G_SOURCE_REMOVE;
+        },
+        state_->loop);
+    state_->thread.join();
 }
 
 void EdsCalendarSource::read(const CalendarQuery& query, Completion done) {
-    auto state = state_;
     QPointer<EdsCalendarSource> self = this;
-    // One reader at a time on a worker thread (the state's lock orders them); the
-    // completion comes back to the main thread.
-    QThreadPool::globalInstance()->start(
-        [state, query, self = std::move(self), done = std::move(done)]() mutable {
-            auto snapshot = state->read(query);
-            QMetaObject::invokeMethod(
-                QCoreApplication::instance(),
-                [self = std::move(self), done = std::move(done),
-                 snapshot = std::move(snapshot)]() mutable {
-                    if (self) {
-                        done(std::move(snapshot));
-                    }
-                },
-                Qt::QueuedConnection);
-        });
+    // The completion comes back to the main thread.
+    State::invoke(state_,
+                  [query, self = std::move(self), done = std::move(done)](State& state) mutable {
+                      auto snapshot = state.read(query);
+                      QMetaObject::invokeMethod(
+                          QCoreApplication::instance(),
+                          [self = std::move(self), done = std::move(done),
+                           snapshot = std::move(snapshot)]() mutable {
+                              if (self) {
+                                  done(std::move(snapshot));
+                              }
+                          },
+                          Qt::QueuedConnection);
+                  });
 }
 
 CalendarSnapshot EdsCalendarSource::readNow(const CalendarQuery& query) {
-    return state_->read(query);
+    std::promise<CalendarSnapshot> answer;
+    auto future = answer.get_future();
+    State::invoke(state_, [&answer, query](State& state) { answer.set_value(state.read(query)); });
+    return future.get();
 }
 
 void EdsCalendarSource::setChangeHandler(std::function<void()> onChange) {
