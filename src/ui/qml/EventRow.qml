@@ -33,7 +33,6 @@ Rectangle {
         Text {
             text: row.timeText
             font.pixelSize: 12
-            font.features: { "tnum": 1 }
             color: theme.secondaryText
             Layout.alignment: Qt.AlignVCenter
         }
