@@ -48,8 +48,7 @@ Rectangle {
         }
         FlatButton {
             visible: row.link !== ""
-            text: "Join"
-            Accessible.name: "Open meeting link"
+            text: "Open meeting link"
             onClicked: calendarManager.openLink(row.link)
         }
     }
