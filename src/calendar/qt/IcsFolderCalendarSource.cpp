@@ -170,9 +170,12 @@ QString IcsFolderCalendarSource::sourceTitle() {
 void IcsFolderCalendarSource::watchFolder() {
     QStringList paths;
     const QFileInfo folder(state_->folder);
-    // The parent tells when the folder itself appears.
-    if (folder.dir().exists()) {
+    // The parent tells when the folder itself appears; once it exists the parent is let
+    // go, since the state file beside it is rewritten on every change.
+    if (!folder.isDir() && folder.dir().exists()) {
         paths << folder.dir().path();
+    } else if (folder.isDir() && watcher_.directories().contains(folder.dir().path())) {
+        watcher_.removePath(folder.dir().path());
     }
     if (folder.isDir()) {
         paths << folder.filePath();
