@@ -218,6 +218,10 @@ QString CalendarManager::errorMessageText() const {
 
 QStringList CalendarManager::explanations() const {
     QStringList texts;
+    // The first read after turning on is still under way: nothing is known to explain.
+    if (isLoading() && status_ == CalendarAccessStatus::notDetermined) {
+        return texts;
+    }
     for (const auto& text :
          calendarExplanations(status_, integrationEnabled(), calendars_, selectedIdentifiers())) {
         texts << QString::fromStdString(text);

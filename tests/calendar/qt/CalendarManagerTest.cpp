@@ -57,6 +57,8 @@ TEST(CalendarManager, PublishesTheSelectedCalendarsEventsForTheDay) {
     ASSERT_EQ(t.source.queries().size(), 1u);
     EXPECT_EQ(t.source.queries().back().day, *calendarDay(t.clock.now(), t.calendar));
     EXPECT_TRUE(t.manager.isLoading());
+    // While the first answer is awaited the screens do not claim access is missing.
+    EXPECT_TRUE(t.manager.explanations().isEmpty());
     ASSERT_TRUE(t.source.completeOldest(t.answer()));
     EXPECT_FALSE(t.manager.isLoading());
     EXPECT_EQ(t.manager.authorizationStatus(), CalendarAccessStatus::fullAccess);
