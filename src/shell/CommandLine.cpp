@@ -9,6 +9,7 @@
 
 #include "base/DoubleText.h"
 #include "base/Json.h"
+#include "calendar/CalendarsCommand.h"
 #include "model/RecordJson.h"
 #include "parsing/QuickTaskParser.h"
 #include "parsing/VoiceTaskParser.h"
@@ -30,6 +31,7 @@ constexpr const char* kUsage =
     "  add TEXT...          add a task; day, time and estimate are taken out of the text\n"
     "                       (\"Call Ama tomorrow at 10 for 20 minutes\")\n"
     "  today                today's plan: priorities, today, carried over, upcoming, done\n"
+    "  calendars [ACTION]   calendar events on or off, and the calendars chosen\n"
     "  done ID              complete a task (ID: any unambiguous start of its id)\n"
     "  reopen ID            mark a completed task as open again\n"
     "  start ID             start the task's timer (stopping any other)\n"
@@ -77,6 +79,7 @@ constexpr VerbHelp kVerbHelp[] = {
                "saved reports, newest day first; --json prints them as JSON.\n"},
     {"quick-add", "Usage: daywyn quick-add\n\nOpens the Quick Add panel of the running app, "
                   "starting Daywyn first when it is not running.\n"},
+    {"calendars", kCalendarsCommandHelp},
     {"split", "Usage: daywyn split [--json] TEXT...\n\n"
               "Shows the task candidates that voice capture makes of a spoken list. Say\n"
               "\"next task\" or pause between items. --json prints an array of objects with\n"
@@ -169,6 +172,11 @@ std::optional<CommandOutput> usageProblem(const std::vector<std::string>& args) 
     }
     if ((verb == "today" || verb == "report" || verb == "quick-add") && !a.words.empty()) {
         return usageError(verb, "It takes no words.");
+    }
+    if (verb == "calendars") {
+        if (auto problem = calendarsCommandUsageProblem(a.words)) {
+            return usageError(verb, *problem);
+        }
     }
     if (verb == "export" && (a.has("--json") == a.has("--csv") || a.words.size() != 1)) {
         return usageError(verb, "Give either --json or --csv, and one file path.");
@@ -622,6 +630,10 @@ VerbAccess verbAccess(const std::vector<std::string>& args) {
     if (verb == "add") {
         return has("--dry-run") ? VerbAccess::reading : VerbAccess::writing;
     }
+    if (verb == "calendars") {
+        return calendarsCommandWrites(splitArguments(args).words) ? VerbAccess::writing
+                                                                  : VerbAccess::reading;
+    }
     for (const char* writing : {"done", "reopen", "start", "stop", "pin", "delete"}) {
         if (verb == writing) {
             return VerbAccess::writing;
@@ -688,6 +700,9 @@ CommandOutput runCommand(TodayTaskStore& store, const std::vector<std::string>& 
     }
     if (verb == "split") {
         return runSplit(args, now, calendar);
+    }
+    if (verb == "calendars") {
+        return success(runCalendarsCommand(store, splitArguments(args).words));
     }
     if (verb == "quick-add") {
         // The panel lives in the desktop app; the command-line process asks it over D-Bus.
