@@ -32,6 +32,8 @@ packages=(
   imagemagick
   # resizing the private X screen in the drawer placement test (xrandr)
   x11-xserver-utils
+  # system calendars: Evolution Data Server through libecal, .ics folders through libical
+  libecal2.0-dev libical-dev evolution-data-server
 )
 
 missing=()

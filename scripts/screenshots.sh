@@ -20,6 +20,8 @@ for theme in light dark; do
   mkdir -p "$home/data/Daywyn" "$home/config/Daywyn" "$home/cache" "$home/runtime"
   chmod 700 "$home/runtime"
   "$here/scripts/seed-state.py" "$home/data/Daywyn/daywyn.json"
+  # Two calendars with today's events (integration on): the drawer's event rows.
+  "$here/scripts/seed-calendars.py" "$home/data/Daywyn/calendars" "$home/data/Daywyn/daywyn.json"
   printf '[General]\nappearance=%s\n' "$theme" > "$home/config/Daywyn/Daywyn.conf"
   env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY \
     DISPLAY="$display" QT_QPA_PLATFORM=xcb HOME="$home" XDG_DATA_HOME="$home/data" \

@@ -110,3 +110,8 @@ foreach(template IN ITEMS org.daywyn.Daywyn.service daywyn.desktop)
         message(STATUS \"Installing: \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${destination}/${template}\")
     ")
 endforeach()
+
+# System calendars: Evolution Data Server through libecal, and folders of .ics files
+# through libical (both only in src/calendar/qt/).
+pkg_check_modules(DAYWYN_CALENDARS REQUIRED IMPORTED_TARGET libecal-2.0 libical)
+target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_CALENDARS)

@@ -127,6 +127,9 @@ VerbAccess lineAccess(const VerbLine& line) {
         line.has(verb.readOnlyWith)) {
         return VerbAccess::reading;
     }
+    if (verb.access == VerbAccess::writing && verb.readOnlyWithoutWords && line.words.empty()) {
+        return VerbAccess::reading;
+    }
     return verb.access;
 }
 

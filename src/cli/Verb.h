@@ -98,6 +98,8 @@ struct Verb {
     VerbAccess access = VerbAccess::reading;
     // A writing verb given this option only reads ("--dry-run", "--list").
     std::string_view readOnlyWith = {};
+    // A writing verb given no words only reads (`calendars` shows the choice).
+    bool readOnlyWithoutWords = false;
     bool needsStore = true;
     // Usage checks beyond the options and the number of words, run before the store
     // is opened; may read the line ahead (the draft of `add`). A present output ends

@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "base/Json.h"
+#include "calendar/CalendarsCommand.h"
 #include "cli/Verb.h"
 #include "model/RecordJson.h"
 #include "parsing/QuickTaskParser.h"
@@ -505,6 +506,20 @@ CommandOutput runSplit(VerbLine& line, VerbContext& c) {
     return success(out);
 }
 
+// ---- calendars ----
+
+std::optional<CommandOutput> checkCalendars(VerbLine& line, Instant, const Calendar&) {
+    if (auto problem = calendarsCommandUsageProblem(line.words)) {
+        return CommandOutput{
+            2, {}, "daywyn calendars: " + *problem + " Run 'daywyn calendars --help' for usage.\n"};
+    }
+    return std::nullopt;
+}
+
+CommandOutput runCalendars(VerbLine& line, VerbContext& c) {
+    return success(runCalendarsCommand(*c.store, line.words));
+}
+
 // ---- the app's windows ----
 
 template <void (AppWindows::*action)()>
@@ -608,6 +623,15 @@ const std::vector<Verb>& verbTable() {
          .access = VerbAccess::writing,
          .readOnlyWith = "--list",
          .run = runReport},
+        {.name = "calendars",
+         .synopsis = "[on|off|select ID...|unselect ID...]",
+         .summary = "calendar events on or off, and the calendars chosen",
+         .description = kCalendarsCommandHelp,
+         .words = VerbWords::text,
+         .access = VerbAccess::writing,
+         .readOnlyWithoutWords = true,
+         .check = checkCalendars,
+         .run = runCalendars},
         {.name = "split",
          .synopsis = "[--json] TEXT...",
          .summary = "show the tasks that voice capture would make of a spoken list",

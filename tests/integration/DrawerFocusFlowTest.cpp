@@ -12,7 +12,7 @@
 
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
-#include "shell/qt/AppEnvironment.h"
+#include "app/qt/AppEnvironment.h"
 #include "shell/qt/EdgePanelController.h"
 #include "shell/qt/QuickCaptureController.h"
 #include "support/TaskBuilder.h"

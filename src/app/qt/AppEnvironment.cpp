@@ -6,6 +6,10 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 
+#include "calendar/CombinedCalendarSource.h"
+#include "calendar/qt/CalendarManager.h"
+#include "calendar/qt/EdsCalendarSource.h"
+#include "calendar/qt/IcsFolderCalendarSource.h"
 #include "persistence/JSONTaskRepository.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
 #include "reminders/qt/NotificationManager.h"
@@ -49,8 +53,13 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
         new NotificationManager(*store_, calendar_, clock_, NotificationManager::defaultStatePath(),
                                 QDBusConnection::sessionBus(), this);
     userSettings_ = new UserSettings(UserSettings::defaultFilePath(), this);
-    // The calendar and voice capture controllers are created here, in that order, as
-    // each arrives.
+    edsCalendars_ = new EdsCalendarSource(calendar_, this);
+    icsCalendars_ =
+        new IcsFolderCalendarSource(IcsFolderCalendarSource::defaultFolder(), calendar_, this);
+    calendarSources_ = std::make_unique<CombinedCalendarSource>(
+        std::vector<CalendarSource*>{edsCalendars_, icsCalendars_});
+    calendarManager_ = new CalendarManager(*calendarSources_, calendar_, clock_, this);
+    // The voice capture controller is created here as it arrives.
     theme_ = new Theme(darkTheme, this);
     today_ = new TodayModel(*store_, calendar_, clock_, this);
     editor_ = new TaskEditor(*store_, calendar_, clock_, this);
@@ -102,6 +111,11 @@ AppEnvironment::~AppEnvironment() {
     delete quickCapture_;
     quickCapture_ = nullptr;
     engine_.reset();
+    // The screens are gone; the manager reads through the sources, which go after it.
+    delete calendarManager_;
+    calendarManager_ = nullptr;
+    delete edsCalendars_;
+    delete icsCalendars_;
     delete settingsModel_;
     delete history_;
     delete sessions_;
@@ -121,6 +135,7 @@ QQmlEngine& AppEnvironment::engine() {
         // The settings screens' notification switches, messages and previews.
         context->setContextProperty(QStringLiteral("notifications"), notificationManager_);
         context->setContextProperty(QStringLiteral("drawerReminders"), drawerReminders_);
+        context->setContextProperty(QStringLiteral("calendarManager"), calendarManager_);
         context->setContextProperty(QStringLiteral("quickCapture"), quickCapture_);
         context->setContextProperty(QStringLiteral("launchAtLogin"), launchAtLogin_);
         context->setContextProperty(QStringLiteral("systemSettings"), systemSettings_);
@@ -161,22 +176,26 @@ void AppEnvironment::start() {
     quickCapture_->start();
     drawerController_->prepare(engine());
     notificationManager_->configure(drawerController_);
-    // The calendar manager is configured with the store here, before the
-    // launch-at-login state is read again.
+    calendarManager_->configure(store_.get());
     launchAtLogin_->refresh();
 
     // The listener reaches the controllers weakly: it never keeps one alive, and a
     // controller gone at shutdown is simply skipped.
     QPointer<EdgePanelController> drawer = drawerController_;
     QPointer<NotificationManager> notifications = notificationManager_;
+    QPointer<CalendarManager> calendars = calendarManager_;
     Clock clock = clock_;
     store_->setOnMeaningfulChange(
-        [drawer, notifications, clock](const std::vector<TaskItem>& tasks,
-                                       const AppPreferences& preferences) {
+        [drawer, notifications, calendars, clock](const std::vector<TaskItem>& tasks,
+                                                  const AppPreferences& preferences) {
             if (notifications) {
                 notifications->refreshSchedules(tasks, preferences, clock());
             }
-            // Today's calendar events are refreshed here when calendar integration is on.
+            // With integration on this reads today's events again; turned off, it empties
+            // the lists without touching the calendars.
+            if (calendars) {
+                calendars->refresh();
+            }
             if (drawer) {
                 drawer->setAnchor(preferences.edgeAnchor);
             }
@@ -205,9 +224,8 @@ void AppEnvironment::performMaintenance() {
     store_->generateDueReportIfNeeded(now, calendar_);
     // A notification timer that stood still through a suspend delivers now.
     notificationManager_->catchUp();
-    // Calendars reload here when the day changed; their de-duplicated events then go
-    // to the drawer reminders in place of this empty list.
-    drawerReminders_->check(store_->tasks(), {}, now);
+    calendarManager_->refreshIfDayChanged(now);
+    drawerReminders_->check(store_->tasks(), calendarManager_->todayEvents(), now);
     ++maintenancePasses_;
     Q_EMIT maintenancePerformed();
 }

@@ -15,7 +15,11 @@ class QQmlEngine;
 
 namespace daywyn {
 
+class CalendarManager;
+class CombinedCalendarSource;
 class CompletedHistoryModel;
+class EdsCalendarSource;
+class IcsFolderCalendarSource;
 class DrawerReminderCoordinator;
 class EdgePanelController;
 class LaunchAtLoginController;
@@ -78,6 +82,8 @@ public:
     OnboardingWindow& onboardingWindow();
     NotificationManager& notificationManager() { return *notificationManager_; }
     DrawerReminderCoordinator& drawerReminders() { return *drawerReminders_; }
+    // Today's events from the desktop's calendars.
+    CalendarManager& calendarManager() { return *calendarManager_; }
     TodayModel& today() { return *today_; }
     // Update checks and downloads, shown on the About page.
     AppUpdateManager& updates() { return *updates_; }
@@ -101,6 +107,11 @@ private:
     std::unique_ptr<TodayTaskStore> store_;
     EdgePanelController* drawerController_ = nullptr;
     UserSettings* userSettings_ = nullptr;
+    // The desktop's calendars: Evolution Data Server and the folder of .ics files.
+    EdsCalendarSource* edsCalendars_ = nullptr;
+    IcsFolderCalendarSource* icsCalendars_ = nullptr;
+    std::unique_ptr<CombinedCalendarSource> calendarSources_;
+    CalendarManager* calendarManager_ = nullptr;
     QuickCaptureController* quickCapture_ = nullptr;
     LaunchAtLoginController* launchAtLogin_ = nullptr;
     SystemSettingsNavigator* systemSettings_ = nullptr;

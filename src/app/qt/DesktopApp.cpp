@@ -26,6 +26,7 @@
 #include "base/Version.h"
 #include "cli/BusAddress.h"
 #include "daywyn_interface.h"
+#include "calendar/qt/CalendarManager.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
 #include "shell/qt/EdgePanelController.h"
@@ -206,7 +207,15 @@ int runDesktopApp(int argc, char** argv) {
     } else if (!exitWhenReady && screenshot.isEmpty()) {
         environment.onboardingWindow().showIfNeeded();
     }
-    if (exitWhenReady || !screenshot.isEmpty()) {
+    CalendarManager& calendars = environment.calendarManager();
+    if (!screenshot.isEmpty() && calendars.isLoading()) {
+        // The picture shows today's calendar events: show it once the first read is in.
+        QObject::connect(&calendars, &CalendarManager::changed, &drawer, [&] {
+            if (!calendars.isLoading() && !drawer.isVisible()) {
+                drawer.show();
+            }
+        });
+    } else if (exitWhenReady || !screenshot.isEmpty()) {
         drawer.show();
     }
     return QApplication::exec();

@@ -190,6 +190,11 @@ Rectangle {
             onDismissed: today.clearError()
         }
 
+        // Today's calendar events, above the tasks.
+        TodayEvents {
+            Layout.fillWidth: true
+        }
+
         ListView {
             id: list
             objectName: "taskList"

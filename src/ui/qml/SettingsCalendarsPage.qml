@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
-// The "calendars" page of the settings window.
+// The "calendars" page of the settings window: the integration switch, the calendars
+// to show grouped by account with their colours, and why no events appear.
 ColumnLayout {
     spacing: 16
     SettingsPageTitle { title: "Calendars"; Layout.fillWidth: true }
@@ -13,15 +14,78 @@ ColumnLayout {
         spacing: 16
         SettingsSection {
             title: "Today's events"
-            note: "Saved now; reading your desktop calendars and Google accounts comes with a later version of Daywyn, so no events are shown yet."
+            note: "Daywyn reads the calendars of your desktop (Evolution Data Server, as used by GNOME Calendar and Evolution) and the .ics files in ~/.local/share/Daywyn/calendars. It never changes them."
             SettingsSwitch {
+                objectName: "calendarIntegrationSwitch"
                 text: "Show calendar events in the drawer"
-                checked: settingsModel.preferences.calendarIntegrationEnabled
-                onToggled: settingsModel.setPreference("calendarIntegrationEnabled", checked)
+                checked: calendarManager.integrationEnabled
+                onToggled: calendarManager.setIntegrationEnabled(checked)
+            }
+            Repeater {
+                model: calendarManager.explanations
+                Text {
+                    Layout.fillWidth: true
+                    text: modelData
+                    wrapMode: Text.WordWrap
+                    font.pixelSize: 12
+                    color: theme.text
+                }
+            }
+            Text {
+                Layout.fillWidth: true
+                visible: calendarManager.errorMessage !== ""
+                text: calendarManager.errorMessage
+                wrapMode: Text.WordWrap
+                font.pixelSize: 12
+                color: theme.coral
+            }
+            Text {
+                visible: calendarManager.isLoading && calendarManager.calendarGroups.length === 0
+                text: "Looking for calendars…"
+                font.pixelSize: 12
+                color: theme.secondaryText
+            }
+        }
+        Repeater {
+            model: calendarManager.calendarGroups
+            SettingsSection {
+                id: group
+                required property var modelData
+                title: modelData.sourceTitle !== "" ? modelData.sourceTitle : "Other calendars"
+                Repeater {
+                    model: group.modelData.calendars
+                    CheckBox {
+                        id: box
+                        required property var modelData
+                        Layout.fillWidth: true
+                        checked: modelData.selected
+                        text: modelData.title
+                        Accessible.name: modelData.title + " (" + group.modelData.sourceTitle + ")"
+                        onToggled: calendarManager.setCalendarSelected(modelData.id, checked)
+                        contentItem: RowLayout {
+                            spacing: 8
+                            Item { implicitWidth: box.indicator.width }
+                            Rectangle {
+                                implicitWidth: 10
+                                implicitHeight: 10
+                                radius: 5
+                                color: box.modelData.colorHex
+                            }
+                            Text {
+                                Layout.fillWidth: true
+                                text: box.text
+                                elide: Text.ElideRight
+                                font.pixelSize: 13
+                                color: theme.text
+                            }
+                        }
+                    }
+                }
             }
         }
         SettingsSection {
             title: "Calendar accounts"
+            note: "Online calendars (Google, Nextcloud, Microsoft 365) come through the accounts of your desktop."
             FlatButton {
                 text: "Open Online Accounts"
                 fill: theme.raised

@@ -10,7 +10,7 @@
 #include <QRegularExpression>
 #include <gtest/gtest.h>
 
-#include "shell/qt/AppEnvironment.h"
+#include "app/qt/AppEnvironment.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
 #include "ui/qt/SettingsModel.h"
