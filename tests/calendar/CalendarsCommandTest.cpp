@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "shell/CommandLine.h"
+#include "cli/CommandLine.h"
 #include "support/TaskBuilder.h"
 
 namespace daywyn {

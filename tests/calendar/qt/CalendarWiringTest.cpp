@@ -9,7 +9,7 @@
 #include "calendar/qt/CalendarManager.h"
 #include "calendar/qt/IcsFolderCalendarSource.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
-#include "shell/qt/AppEnvironment.h"
+#include "app/qt/AppEnvironment.h"
 #include "support/FakeRepository.h"
 #include "support/qt/QtTestSupport.h"
 
