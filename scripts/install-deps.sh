@@ -21,6 +21,9 @@ packages=(
   dbus dbus-bin xvfb xauth x11-utils xdotool openbox
   # measuring the desktop app (scripts/measure-desktop.sh)
   time
+  # voice capture: on-device speech recognition, and the speech and virtual
+  # microphone the voice tests record with
+  libpocketsphinx-dev pocketsphinx-en-us pocketsphinx-testdata flite sox pulseaudio pulseaudio-utils
 )
 
 missing=()
