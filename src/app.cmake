@@ -10,6 +10,8 @@ add_library(daywyn_app STATIC ${DAYWYN_APP_SOURCES})
 target_link_libraries(daywyn_app PUBLIC daywyn_core
     Qt6::Core Qt6::Gui Qt6::DBus Qt6::Multimedia Qt6::Qml Qt6::Quick Qt6::QuickControls2 Qt6::Widgets)
 target_compile_definitions(daywyn_app PUBLIC QT_NO_KEYWORDS)
+# Voice capture's recogniser (see daywyn_speech in CMakeLists.txt).
+target_link_libraries(daywyn_app PUBLIC daywyn_speech)
 daywyn_warnings(daywyn_app)
 
 # The global shortcut and focus hand-back talk to the X server over Qt's xcb connection.

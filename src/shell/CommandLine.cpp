@@ -39,6 +39,7 @@ constexpr const char* kUsage =
     "  export --json PATH   save all tasks and reports as JSON (--csv PATH: a spreadsheet)\n"
     "  report               write the end-of-day report that is due (--list: saved reports)\n"
     "  split TEXT...        show the tasks that voice capture would make of a spoken list\n"
+    "  transcribe FILE      turn a WAV voice memo into text (--tasks: the tasks in it)\n"
     "  quick-add            open the Quick Add panel of the running app (starting it if\n"
     "                       needed); bind it to a desktop shortcut where Ctrl+Alt+Space\n"
     "                       cannot be grabbed\n"

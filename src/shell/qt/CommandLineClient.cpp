@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -17,6 +18,7 @@
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
 #include "shell/CommandLine.h"
+#include "voice/sphinx/TranscribeCommand.h"
 
 namespace daywyn {
 
@@ -175,6 +177,9 @@ int runCommandLine(const std::vector<std::string>& args) {
     if (args[0] == "--version" || args[0] == "-v" || args[0] == "version") {
         std::printf("%s\n", versionLine().c_str());
         return 0;
+    }
+    if (args[0] == "transcribe") {
+        return runTranscribeCommand(args, currentInstant(), Calendar(), std::cout, std::cerr);
     }
     if (auto early = checkWithoutStore(args, currentInstant(), Calendar())) {
         return print(*early);
