@@ -26,6 +26,9 @@
 #include "ui/qt/TaskEditor.h"
 #include "ui/qt/Theme.h"
 #include "ui/qt/TodayModel.h"
+#include "voice/qt/VoiceCaptureManager.h"
+#include "voice/qt/VoiceCaptureWindow.h"
+#include "voice/qt/VoiceReviewController.h"
 
 namespace daywyn {
 
@@ -50,6 +53,13 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     userSettings_ = new UserSettings(UserSettings::defaultFilePath(), this);
     // The calendar and voice capture controllers are created here, in that order, as
     // each arrives.
+    voiceCapture_ = VoiceCaptureManager::forThisDesktop(this);
+    voiceReview_ = new VoiceReviewController(
+        *voiceCapture_,
+        [this](const std::vector<VoiceTaskCandidate>& candidates) {
+            return store_->addVoiceTasks(candidates, clock_(), calendar_);
+        },
+        calendar_, clock_, this);
     theme_ = new Theme(darkTheme, this);
     today_ = new TodayModel(*store_, calendar_, clock_, this);
     editor_ = new TaskEditor(*store_, calendar_, clock_, this);
@@ -97,7 +107,11 @@ AppEnvironment::~AppEnvironment() {
     drawerController_ = nullptr;
     delete quickCapture_;
     quickCapture_ = nullptr;
+    delete voiceWindow_;
+    voiceWindow_ = nullptr;
     engine_.reset();
+    delete voiceReview_;
+    delete voiceCapture_;
     delete settingsModel_;
     delete history_;
     delete sessions_;
@@ -122,6 +136,8 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("systemSettings"), systemSettings_);
         context->setContextProperty(QStringLiteral("settingsModel"), settingsModel_);
         context->setContextProperty(QStringLiteral("app"), this);
+        context->setContextProperty(QStringLiteral("voice"), voiceCapture_);
+        context->setContextProperty(QStringLiteral("voiceReview"), voiceReview_);
     }
     return *engine_;
 }
@@ -152,6 +168,7 @@ void AppEnvironment::start() {
     quickCapture_->setPanelEngine(engine());
     quickCapture_->start();
     drawerController_->prepare(engine());
+    voiceWindow_ = new VoiceCaptureWindow(engine(), *voiceReview_, this);
     notificationManager_->configure(drawerController_);
     // The calendar manager is configured with the store here, before the
     // launch-at-login state is read again.
