@@ -3,6 +3,8 @@
 #include <QMetaObject>
 #include <QPointer>
 
+#include "voice/PauseMarkers.h"
+
 namespace daywyn {
 
 // Lives on the recogniser's thread and owns the decoder there: pocketsphinx is not
@@ -52,10 +54,11 @@ public:
             return;
         }
         chunksSincePartial_ = 0;
-        std::string partial = decoder_->partialHypothesis();
+        auto segments = decoder_->partialSegments();
+        std::string partial = transcriptWithPauseMarkers(segments);
         if (partial != lastPartial_) {
             lastPartial_ = partial;
-            SpeechRecognitionResult result{{{std::move(partial), 0, 0}}, false};
+            SpeechRecognitionResult result{std::move(segments), false};
             post([generation, result](PocketSphinxRecognizer* r) {
                 r->deliverResult(generation, result);
             });

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <pocketsphinx.h>
+#include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -56,6 +57,20 @@ SpeechModel SpeechModel::installed() {
     model.dictionary = folder + "/cmudict-en-us.dict";
     model.languageModel = folder + "/en-us.lm.bin";
     model.taskLanguageModel = findTaskLanguageModel();
+    // The second (flat) search pass, a wide top-N and an unbounded HMM count cost more
+    // than half of the decoding time for little gain on short phrases.
+    model.options = {"-fwdflat", "no", "-maxhmmpf", "3000", "-topn", "2"};
+    // For measuring other settings ("-beam 1e-60 …"); replaces the ones above.
+    if (auto options = environment("DAYWYN_SPEECH_OPTIONS"); !options.empty()) {
+        model.options.clear();
+        std::istringstream words(options);
+        for (std::string w; words >> w;) {
+            model.options.push_back(w);
+        }
+        if (model.options == std::vector<std::string>{"default"}) {
+            model.options.clear();
+        }
+    }
     return model;
 }
 
@@ -88,10 +103,17 @@ Result<std::unique_ptr<PocketSphinxDecoder>> PocketSphinxDecoder::open(const Spe
     }
     // Silence is kept (-remove_silence no) so that pauses between tasks keep their
     // length in the word times; the log goes nowhere, since the decoder chatters.
+    std::vector<std::string> words = {
+        "-hmm",   model.acousticModel, "-dict",           model.dictionary,
+        "-lm",    model.languageModel, "-remove_silence", "no",
+        "-logfn", "/dev/null"};
+    words.insert(words.end(), model.options.begin(), model.options.end());
+    std::vector<char*> argv;
+    for (auto& w : words) {
+        argv.push_back(w.data());
+    }
     cmd_ln_t* config =
-        cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", model.acousticModel.c_str(), "-dict",
-                    model.dictionary.c_str(), "-lm", model.languageModel.c_str(), "-remove_silence",
-                    "no", "-logfn", "/dev/null", nullptr);
+        cmd_ln_parse_r(nullptr, ps_args(), static_cast<int32>(argv.size()), argv.data(), TRUE);
     if (!config) {
         return Result<std::unique_ptr<PocketSphinxDecoder>>::failure(
             "The speech recogniser could not be configured.");
@@ -184,15 +206,12 @@ std::string PocketSphinxDecoder::partialHypothesis() {
     return text;
 }
 
-std::vector<TranscriptSegment> PocketSphinxDecoder::finishUtterance() {
+namespace {
+
+std::vector<TranscriptSegment> timedWords(ps_decoder_t* decoder) {
     std::vector<TranscriptSegment> segments;
-    if (!inUtterance_) {
-        return segments;
-    }
-    ps_end_utt(handle_->decoder);
-    inUtterance_ = false;
     constexpr double framesPerSecond = 100.0;
-    for (ps_seg_t* seg = ps_seg_iter(handle_->decoder); seg; seg = ps_seg_next(seg)) {
+    for (ps_seg_t* seg = ps_seg_iter(decoder); seg; seg = ps_seg_next(seg)) {
         int startFrame = 0;
         int endFrame = 0;
         ps_seg_frames(seg, &startFrame, &endFrame);
@@ -202,6 +221,29 @@ std::vector<TranscriptSegment> PocketSphinxDecoder::finishUtterance() {
         }
     }
     return segments;
+}
+
+} // namespace
+
+std::vector<TranscriptSegment> PocketSphinxDecoder::partialSegments() {
+    if (!inUtterance_) {
+        return {};
+    }
+    // The segment iterator walks the best path of the hypothesis just computed.
+    int32 score = 0;
+    if (!ps_get_hyp(handle_->decoder, &score)) {
+        return {};
+    }
+    return timedWords(handle_->decoder);
+}
+
+std::vector<TranscriptSegment> PocketSphinxDecoder::finishUtterance() {
+    if (!inUtterance_) {
+        return {};
+    }
+    ps_end_utt(handle_->decoder);
+    inUtterance_ = false;
+    return timedWords(handle_->decoder);
 }
 
 std::vector<TranscriptSegment> decodeRecording(PocketSphinxDecoder& decoder,

@@ -20,6 +20,8 @@ struct SpeechModel {
     std::string taskLanguageModel; // ARPA text; empty: the generic model alone
     // Share of the task model in the mixture with the generic one (0 … 1).
     float taskWeight = 0.7F;
+    // Further decoder options ("-beam", "1e-40", …), after ours.
+    std::vector<std::string> options;
 
     // The installed model: $DAYWYN_SPEECH_MODEL_DIR or Debian's pocketsphinx-en-us
     // folder, with the task model found beside the program (or $DAYWYN_TASK_LM).
@@ -47,6 +49,8 @@ public:
     void process(std::span<const std::int16_t> samples);
     // The words heard so far, fillers dropped, lower case ("call the dentist").
     std::string partialHypothesis();
+    // The same words with their times so far, so that pauses show before the end.
+    std::vector<TranscriptSegment> partialSegments();
     // Ends the utterance: its words with their times (100 frames a second).
     std::vector<TranscriptSegment> finishUtterance();
     bool inUtterance() const { return inUtterance_; }

@@ -46,6 +46,24 @@ TEST(PocketSphinxRecognition, DecodesTheReferenceRecordingWithOrderedWordTimes) 
     EXPECT_LT(segments.back().timestamp + segments.back().duration, 2.4);
 }
 
+TEST(PocketSphinxRecognition, PartialResultsGrowWhileAudioArrivesAndKeepPauses) {
+    if (!test::canMakeSpokenPhrases()) {
+        GTEST_SKIP() << "flite and sox are needed to speak the phrases";
+    }
+    const auto audio = audioOf(test::spokenList({"buy milk", "pay rent"}, 1.6));
+    auto& d = decoder();
+    d.startUtterance();
+    std::vector<std::string> partials;
+    for (std::size_t at = 0; at < audio.size(); at += PocketSphinxDecoder::chunkSamples) {
+        d.process(std::span(audio).subspan(
+            at, std::min(PocketSphinxDecoder::chunkSamples, audio.size() - at)));
+        partials.push_back(transcriptWithPauseMarkers(d.partialSegments()));
+    }
+    EXPECT_EQ(transcriptWithPauseMarkers(d.finishUtterance()), "buy milk | pay rent");
+    EXPECT_NE(std::find(partials.begin(), partials.end(), "buy milk"), partials.end());
+    EXPECT_EQ(partials.back(), "buy milk | pay rent") << "the pause is there before the end";
+}
+
 TEST(PocketSphinxRecognition, PartialHypothesesGrowWhileAudioArrives) {
     const auto audio = audioOf(test::goForwardRecording());
     auto& d = decoder();
