@@ -14,8 +14,8 @@ trap 'rm -rf "$work"' EXIT
 i=0
 while IFS= read -r phrase; do
   [ -n "$phrase" ] || continue
-  flite -voice rms -t "$phrase" -o "$work/raw.wav"
-  sox -D "$work/raw.wav" -r 16000 -c 1 -b 16 "$work/phrase-$i.wav"
+  flite -voice rms -t "$phrase" -o "$work/raw.wav" < /dev/null
+  sox -D "$work/raw.wav" -r 16000 -c 1 -b 16 "$work/phrase-$i.wav" < /dev/null
   i=$((i + 1))
 done < "$phrases"
 
@@ -23,7 +23,7 @@ measure() { # label, then environment assignments
   local label=$1; shift
   : > "$work/heard-$label.txt"
   for ((n = 0; n < i; n++)); do
-    env "$@" "$build/daywyn" transcribe "$work/phrase-$n.wav" >> "$work/heard-$label.txt" 2>/dev/null \
+    env "$@" "$build/daywyn" transcribe "$work/phrase-$n.wav" < /dev/null >> "$work/heard-$label.txt" 2>/dev/null \
       || echo >> "$work/heard-$label.txt"
   done
   python3 - "$phrases" "$work/heard-$label.txt" "$label" <<'PY'
@@ -48,6 +48,7 @@ for s, h in zip(said, heard):
 PY
 }
 
+echo "phrases: $i"
 measure "before (generic, default search)" DAYWYN_TASK_LM=none DAYWYN_SPEECH_OPTIONS=default
 measure "generic, Daywyn's search" DAYWYN_TASK_LM=none
 measure "after (task model, Daywyn's search)" DAYWYN_TASK_LM=
