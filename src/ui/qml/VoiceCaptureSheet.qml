@@ -169,6 +169,14 @@ Rectangle {
             visible: root.phase === "reviewing"
             spacing: 8
             Text {
+                objectName: "voiceReviewHeading"
+                text: "Review your list"
+                font.pixelSize: 15
+                font.weight: Font.DemiBold
+                color: theme.text
+                Accessible.role: Accessible.Heading
+            }
+            Text {
                 objectName: "voiceReviewNotice"
                 Layout.fillWidth: true
                 visible: voiceReview.reviewNotice !== ""
