@@ -7,7 +7,6 @@ import QtQuick.Layouts
 ColumnLayout {
     spacing: 16
     SettingsPageTitle { title: "Voice"; Layout.fillWidth: true }
-    Component.onCompleted: voice.refreshPermissionStatuses()
     ColumnLayout {
         Layout.leftMargin: 16
         Layout.rightMargin: 16
@@ -29,6 +28,8 @@ ColumnLayout {
         }
         SettingsSection {
             title: "Microphone and speech model"
+            // Read afresh whenever voice capture opens; asking the sound server from
+            // here would wake it just to show a settings page.
             Text {
                 objectName: "voicePermissionSummary"
                 Layout.fillWidth: true

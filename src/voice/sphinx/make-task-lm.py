@@ -138,10 +138,6 @@ def main():
     counts = [collections.Counter() for _ in range(3)]
     for _ in range(args.sentences):
         words = sentence(rng)
-        # A spoken list is one utterance: tasks follow each other after a pause, with
-        # no sentence start between them, so the model also learns those joins.
-        while rng.random() < 0.3:
-            words += sentence(rng)
         if any(w not in known for w in words):
             continue
         padded = ["<s>"] + words + ["</s>"]

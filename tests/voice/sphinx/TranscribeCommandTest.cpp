@@ -30,24 +30,24 @@ TEST(TranscribeCommand, PrintsTheTranscriptAndTheTasksOfARecording) {
     if (!test::canMakeSpokenPhrases()) {
         GTEST_SKIP() << "flite and sox are needed to speak the phrases";
     }
-    const auto list = test::spokenList({"water the plants", "call mom tomorrow at ten am"}, 1.8);
+    const auto list = test::spokenList({"buy milk", "call mom tomorrow at ten am"}, 1.8);
 
     const auto plain = transcribe({list});
     EXPECT_EQ(plain.status, 0) << plain.err;
-    EXPECT_EQ(plain.out, "water the plants | call mom tomorrow at ten am\n");
+    EXPECT_EQ(plain.out, "buy milk | call mom tomorrow at ten am\n");
 
     const auto tasks = transcribe({"--tasks", list});
-    EXPECT_EQ(tasks.out, "water the plants | call mom tomorrow at ten am\n"
-                         "1. Water the plants\n"
+    EXPECT_EQ(tasks.out, "buy milk | call mom tomorrow at ten am\n"
+                         "1. Buy milk\n"
                          "2. Call mom  (tomorrow 10:00)\n");
 
     const auto json = transcribe({"--json", "--tasks", list});
-    EXPECT_NE(json.out.find(R"("transcript":"water the plants | call mom tomorrow at ten am")"),
+    EXPECT_NE(json.out.find(R"("transcript":"buy milk | call mom tomorrow at ten am")"),
               std::string::npos);
     EXPECT_NE(json.out.find(R"({"title":"Call mom","scheduledDay":"2026-03-04T18:15:00Z")"),
               std::string::npos)
         << json.out;
-    EXPECT_NE(json.out.find(R"("segments":[{"text":"water","timestamp":)"), std::string::npos);
+    EXPECT_NE(json.out.find(R"("segments":[{"text":"buy","timestamp":)"), std::string::npos);
 }
 
 TEST(TranscribeCommand, RefusesWhatItCannotReadWithASentence) {
