@@ -20,6 +20,8 @@ target_include_directories(daywyn_app PUBLIC ${CMAKE_CURRENT_BINARY_DIR})
 target_link_libraries(daywyn_app PUBLIC daywyn_core
     Qt6::Core Qt6::Gui Qt6::DBus Qt6::Multimedia Qt6::Qml Qt6::Quick Qt6::QuickControls2 Qt6::Widgets)
 target_compile_definitions(daywyn_app PUBLIC QT_NO_KEYWORDS)
+# Voice capture's recogniser (see daywyn_speech in CMakeLists.txt).
+target_link_libraries(daywyn_app PUBLIC daywyn_speech)
 daywyn_warnings(daywyn_app)
 
 # The global shortcut and focus hand-back talk to the X server over Qt's xcb connection.
@@ -50,7 +52,7 @@ file(RELATIVE_PATH DAYWYN_APP_FROM_BINDIR /prefix/${CMAKE_INSTALL_BINDIR}
 target_compile_definitions(daywyn PRIVATE DAYWYN_APP_FROM_BINDIR="${DAYWYN_APP_FROM_BINDIR}")
 # sd-bus is loaded with dlopen by the verbs that need it: only its header is used here.
 target_include_directories(daywyn SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
-target_link_libraries(daywyn PRIVATE daywyn_core ${CMAKE_DL_LIBS})
+target_link_libraries(daywyn PRIVATE daywyn_core daywyn_speech ${CMAKE_DL_LIBS})
 # Only the libraries a verb uses are loaded.
 target_link_options(daywyn PRIVATE -Wl,--as-needed)
 daywyn_warnings(daywyn)

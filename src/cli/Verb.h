@@ -45,6 +45,16 @@ public:
     virtual void showQuickAdd() = 0;
 };
 
+// Turns a recording into text for `daywyn transcribe`. The command-line program
+// supplies the on-device recogniser; the core only routes the verb line to it.
+class RecordingTranscriber {
+public:
+    virtual ~RecordingTranscriber() = default;
+    // `args` starts with the verb, as typed.
+    virtual CommandOutput transcribe(const std::vector<std::string>& args, Instant now,
+                                     const Calendar& calendar) = 0;
+};
+
 // One option of a verb: a flag ("--json") or, when `value` names it, an option that
 // takes the next argument ("--at TIME").
 struct VerbOption {
@@ -81,6 +91,7 @@ struct VerbContext {
     Instant now;
     const Calendar& calendar;
     AppWindows* windows = nullptr;
+    RecordingTranscriber* transcriber = nullptr;
 };
 
 // One row of the verb table: everything parsing, help, the manual page, shell

@@ -506,6 +506,18 @@ CommandOutput runSplit(VerbLine& line, VerbContext& c) {
     return success(out);
 }
 
+// ---- transcribe ----
+
+CommandOutput runTranscribe(VerbLine& line, VerbContext& c) {
+    if (!c.transcriber) {
+        return failure("'daywyn transcribe' needs the speech recogniser of the daywyn program.");
+    }
+    std::vector<std::string> args{std::string(line.verb->name)};
+    args.insert(args.end(), line.flags.begin(), line.flags.end());
+    args.insert(args.end(), line.words.begin(), line.words.end());
+    return c.transcriber->transcribe(args, c.now, c.calendar);
+}
+
 // ---- calendars ----
 
 std::optional<CommandOutput> checkCalendars(VerbLine& line, Instant, const Calendar&) {
@@ -642,6 +654,18 @@ const std::vector<Verb>& verbTable() {
          .words = VerbWords::text,
          .needsStore = false,
          .run = runSplit},
+        {.name = "transcribe",
+         .synopsis = "[--tasks] [--json] FILE",
+         .summary = "turn a WAV voice memo into text (--tasks: the tasks in it)",
+         .description = "Decodes a WAV recording on this computer with the recogniser of "
+                        "voice capture and\nprints its transcript on one line, with \" | \" "
+                        "where the speaker paused.\nOther sample rates and channel counts are "
+                        "converted.",
+         .options = {{"--tasks", "", "also show the tasks the review would offer"},
+                     {"--json", "", "print JSON"}},
+         .words = VerbWords::path,
+         .needsStore = false,
+         .run = runTranscribe},
         {.name = "show",
          .summary = "show the drawer (starting Daywyn first when it is not running)",
          .description = "Shows the drawer of the running app, starting Daywyn first when it "

@@ -31,6 +31,9 @@
 #include "ui/qt/Theme.h"
 #include "ui/qt/TodayModel.h"
 #include "updates/qt/AppUpdateManager.h"
+#include "voice/qt/VoiceCaptureManager.h"
+#include "voice/qt/VoiceCaptureWindow.h"
+#include "voice/qt/VoiceReviewController.h"
 
 namespace daywyn {
 
@@ -59,7 +62,13 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     calendarSources_ = std::make_unique<CombinedCalendarSource>(
         std::vector<CalendarSource*>{edsCalendars_, icsCalendars_});
     calendarManager_ = new CalendarManager(*calendarSources_, calendar_, clock_, this);
-    // The voice capture controller is created here as it arrives.
+    voiceCapture_ = VoiceCaptureManager::forThisDesktop(this);
+    voiceReview_ = new VoiceReviewController(
+        *voiceCapture_,
+        [this](const std::vector<VoiceTaskCandidate>& candidates) {
+            return store_->addVoiceTasks(candidates, clock_(), calendar_);
+        },
+        calendar_, clock_, this);
     theme_ = new Theme(darkTheme, this);
     today_ = new TodayModel(*store_, calendar_, clock_, this);
     editor_ = new TaskEditor(*store_, calendar_, clock_, this);
@@ -110,12 +119,16 @@ AppEnvironment::~AppEnvironment() {
     drawerController_ = nullptr;
     delete quickCapture_;
     quickCapture_ = nullptr;
+    delete voiceWindow_;
+    voiceWindow_ = nullptr;
     engine_.reset();
     // The screens are gone; the manager reads through the sources, which go after it.
     delete calendarManager_;
     calendarManager_ = nullptr;
     delete edsCalendars_;
     delete icsCalendars_;
+    delete voiceReview_;
+    delete voiceCapture_;
     delete settingsModel_;
     delete history_;
     delete sessions_;
@@ -142,6 +155,8 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("settingsModel"), settingsModel_);
         context->setContextProperty(QStringLiteral("updates"), updates_);
         context->setContextProperty(QStringLiteral("app"), this);
+        context->setContextProperty(QStringLiteral("voice"), voiceCapture_);
+        context->setContextProperty(QStringLiteral("voiceReview"), voiceReview_);
     }
     return *engine_;
 }
@@ -175,6 +190,7 @@ void AppEnvironment::start() {
     quickCapture_->setPanelEngine(engine());
     quickCapture_->start();
     drawerController_->prepare(engine());
+    voiceWindow_ = new VoiceCaptureWindow(engine(), *voiceReview_, this);
     notificationManager_->configure(drawerController_);
     calendarManager_->configure(store_.get());
     launchAtLogin_->refresh();

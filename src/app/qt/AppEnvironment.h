@@ -36,6 +36,9 @@ class Theme;
 class TodayModel;
 class UserSettings;
 class AppUpdateManager;
+class VoiceCaptureManager;
+class VoiceCaptureWindow;
+class VoiceReviewController;
 
 // The app's composition root: owns the store and every long-lived controller for the
 // whole run, wires the store's change listener and runs the maintenance pass every 15
@@ -90,6 +93,8 @@ public:
     TaskEditor& editor() { return *editor_; }
     Theme& theme() { return *theme_; }
     QQmlEngine& engine();
+    VoiceCaptureManager& voiceCapture() { return *voiceCapture_; }
+    VoiceReviewController& voiceReview() { return *voiceReview_; }
     const QTimer& maintenanceTimer() const { return maintenanceTimer_; }
 
 Q_SIGNALS:
@@ -125,6 +130,9 @@ private:
     SessionHistoryModel* sessions_ = nullptr;
     CompletedHistoryModel* history_ = nullptr;
     AppUpdateManager* updates_ = nullptr;
+    VoiceCaptureManager* voiceCapture_ = nullptr;
+    VoiceReviewController* voiceReview_ = nullptr;
+    VoiceCaptureWindow* voiceWindow_ = nullptr;
     std::unique_ptr<QQmlEngine> engine_;
     bool hasStarted_ = false;
     int maintenancePasses_ = 0;

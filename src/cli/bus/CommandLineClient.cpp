@@ -22,6 +22,7 @@
 #include "cli/VerbHelp.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
+#include "voice/sphinx/TranscribeCommand.h"
 
 namespace daywyn {
 
@@ -266,7 +267,8 @@ int runHere(VerbLine& line, VerbAccess access) {
         return print(*refused);
     }
     if (!line.verb->needsStore) {
-        VerbContext context{nullptr, now, calendar, nullptr};
+        PocketSphinxTranscriber transcriber;
+        VerbContext context{nullptr, now, calendar, nullptr, &transcriber};
         return print(runVerbLine(line, context));
     }
     auto path = JSONTaskRepository::defaultFilePath();

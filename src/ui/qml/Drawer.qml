@@ -135,6 +135,14 @@ Rectangle {
                 onClicked: history.open()
             }
             FlatButton {
+                objectName: "drawerVoiceButton"
+                text: "Voice"
+                Accessible.name: "Speak a task list and review before saving"
+                Accessible.description: "Opens voice capture. Recording starts only when you press the microphone there."
+                visible: typeof voiceReview !== "undefined"
+                onClicked: voiceReview.present()
+            }
+            FlatButton {
                 objectName: "settingsButton"
                 text: "Settings"
                 Accessible.name: "Open Daywyn settings"

@@ -53,8 +53,7 @@ Rectangle {
                 Keys.onEscapePressed: root.capture.dismiss(true)
                 property var chips: today.previewQuickAdd(text)
             }
-            // Voice capture is not in this version: the button is there, switched off,
-            // and says why when pointed at.
+            // Opens voice capture in its own window; Quick Add steps aside for it.
             Item {
                 implicitWidth: voice.implicitWidth
                 implicitHeight: voice.implicitHeight
@@ -63,12 +62,16 @@ Rectangle {
                     id: voice
                     objectName: "quickAddVoice"
                     text: "Voice"
-                    enabled: root.capture ? root.capture.isVoiceAvailable : false
+                    enabled: typeof voiceReview !== "undefined"
                     Accessible.name: "Speak a task list and review before saving"
-                    Accessible.description: "Voice capture is not available in this version yet."
+                    Accessible.description: "Opens voice capture. Recording starts only when you press the microphone there."
+                    onClicked: {
+                        root.capture.dismiss(false)
+                        voiceReview.present()
+                    }
                 }
                 ToolTip.visible: voiceHover.hovered
-                ToolTip.text: "Speak a task list and review before saving. Voice capture is not available in this version yet."
+                ToolTip.text: "Speak a task list and review before saving. Opens voice capture. Recording starts only when you press the microphone there."
             }
         }
 

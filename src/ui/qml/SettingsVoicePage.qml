@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
-// The "voice" page of the settings window.
+// The "voice" page of the settings window: what voice capture needs, whether it is
+// there, and the way to the capture screen.
 ColumnLayout {
     spacing: 16
     SettingsPageTitle { title: "Voice"; Layout.fillWidth: true }
@@ -13,10 +14,30 @@ ColumnLayout {
         spacing: 16
         SettingsSection {
             title: "Voice capture"
-            note: "Speaking a task list, recognised on this computer only, comes with a later version of Daywyn. The Quick Add panel shows its button switched off until then."
+            note: "Speak one or more tasks. Pause or say “next task” between items, then review the list before saving. Speech is recognised on this computer only; no audio leaves it."
+            RowLayout {
+                spacing: 8
+                FlatButton {
+                    objectName: "openVoiceCapture"
+                    text: "Open voice capture"
+                    fill: theme.raised
+                    Accessible.description: "Opens voice capture. Recording starts only when you press the microphone there."
+                    onClicked: voiceReview.present()
+                }
+            }
         }
         SettingsSection {
-            title: "Microphone"
+            title: "Microphone and speech model"
+            // Read afresh whenever voice capture opens; asking the sound server from
+            // here would wake it just to show a settings page.
+            Text {
+                objectName: "voicePermissionSummary"
+                Layout.fillWidth: true
+                wrapMode: Text.WordWrap
+                text: voice.permissionSummary
+                font.pixelSize: 13
+                color: theme.text
+            }
             RowLayout {
                 spacing: 8
                 FlatButton {
@@ -25,12 +46,16 @@ ColumnLayout {
                     onClicked: if (!systemSettings.open("microphone")) voiceFailure.text = systemSettings.failureMessage()
                 }
                 FlatButton {
+                    objectName: "installSpeechModel"
                     text: "Install the speech model"
                     fill: theme.raised
-                    onClicked: voiceFailure.text = "Recognition on this computer uses the English speech model. In a terminal, run: sudo apt install pocketsphinx-en-us"
+                    onClicked: {
+                        voiceFailure.text = "Speech is recognised with the US English model of pocketsphinx. Install it with “sudo apt install pocketsphinx-en-us”, then press Open voice capture again."
+                        Qt.openUrlExternally("appstream://pocketsphinx-en-us")
+                    }
                 }
             }
-            Text { id: voiceFailure; visible: text !== ""; Layout.fillWidth: true; wrapMode: Text.WordWrap; font.pixelSize: 12; color: theme.text }
+            Text { id: voiceFailure; objectName: "voiceSettingsMessage"; visible: text !== ""; Layout.fillWidth: true; wrapMode: Text.WordWrap; font.pixelSize: 12; color: theme.text }
         }
     }
 }

@@ -1,0 +1,194 @@
+#include "voice/qt/VoiceReviewController.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include "base/Calendar.h"
+#include "store/TodayTaskStore.h"
+#include "support/FakeMicrophoneSource.h"
+#include "support/FakeRepository.h"
+#include "support/FakeSpeechRecognizer.h"
+#include "support/qt/QtTestSupport.h"
+#include "voice/VoiceCaptureTexts.h"
+#include "voice/qt/VoiceCaptureManager.h"
+
+namespace daywyn {
+namespace {
+
+using test::FakeMicrophoneSource;
+using test::FakeSpeechRecognizer;
+using test::waitUntil;
+
+// The screen over fake devices and a store in memory, at a fixed time.
+struct ScreenUnderTest {
+    Calendar calendar;
+    test::ManualClock clock{*parseIsoText("2026-03-04T08:15:00Z")};
+    FakeSpeechRecognizer recognizer;
+    FakeMicrophoneSource microphone;
+    test::FakeRepository* repo = nullptr;
+    std::unique_ptr<TodayTaskStore> store;
+    std::unique_ptr<VoiceCaptureManager> voice;
+    std::unique_ptr<VoiceReviewController> screen;
+
+    ScreenUnderTest() {
+        auto repository = test::FakeRepository::holding(PersistedState{});
+        repo = repository.get();
+        store = std::make_unique<TodayTaskStore>(std::move(repository), clock.now(), calendar);
+        voice = std::make_unique<VoiceCaptureManager>(
+            recognizer, microphone,
+            VoiceCaptureHooks{
+                [] { return SpeechAuthorization::authorized; }, [] { return true; }, {}});
+        screen = std::make_unique<VoiceReviewController>(
+            *voice,
+            [this](const std::vector<VoiceTaskCandidate>& candidates) {
+                return store->addVoiceTasks(candidates, clock.now(), calendar);
+            },
+            calendar, clock.function());
+    }
+
+    // Presses the microphone button and waits for Listening.
+    void listen() {
+        screen->toggleCapture();
+        EXPECT_EQ(screen->phase(), "starting");
+        EXPECT_EQ(screen->statusText(), "Preparing microphone…");
+        ASSERT_TRUE(waitUntil([this] { return screen->phase() == "listening"; }));
+    }
+    void speak(const std::string& words) { recognizer.sendPartial(words); }
+    QStringList titles() const {
+        QStringList list;
+        for (const auto& c : screen->candidateList()) {
+            list << QString::fromStdString(c.title);
+        }
+        return list;
+    }
+};
+
+TEST(VoiceReviewController, AFinalResultHalfASecondAfterStopOpensTheReviewWithoutNotice) {
+    ScreenUnderTest t;
+    t.listen();
+    EXPECT_EQ(t.screen->statusText(), "Waiting for speech…");
+    t.microphone.deliver(FakeMicrophoneSource::bufferWithPeak(3000));
+    EXPECT_EQ(t.screen->audioText(), "Microphone audio detected");
+    t.speak("buy milk call the");
+
+    t.screen->toggleCapture();
+    EXPECT_EQ(t.screen->phase(), "finalizing");
+    QTimer::singleShot(500, [&t] {
+        t.recognizer.sendFinal({{"buy", 0.1, 0.3},
+                                {"milk", 0.4, 0.4},
+                                {"call", 2.0, 0.3},
+                                {"mom", 2.3, 0.3},
+                                {"tomorrow", 2.6, 0.5},
+                                {"at", 3.1, 0.1},
+                                {"five", 3.2, 0.3},
+                                {"pm", 3.5, 0.3}});
+    });
+    ASSERT_TRUE(waitUntil([&t] { return t.screen->isReviewing(); }));
+    EXPECT_EQ(t.screen->reviewNotice(), "");
+    EXPECT_EQ(t.titles(), (QStringList{"Buy milk", "Call mom"}));
+    EXPECT_EQ(t.screen->candidates().at(1).toMap().value("when").toString(), "tomorrow 17:00");
+}
+
+TEST(VoiceReviewController, WithoutAFinalResultTheReviewOpensAfterAboutASecondWithThePartial) {
+    ScreenUnderTest t;
+    t.listen();
+    t.speak("water the plants next task email sam");
+    QElapsedTimer elapsed;
+    elapsed.start();
+    t.screen->toggleCapture();
+    ASSERT_TRUE(waitUntil([&t] { return t.screen->isReviewing(); }));
+    // 39 waits of 25 ms; a loaded machine only makes it later.
+    EXPECT_GE(elapsed.elapsed(), 39 * 25);
+    EXPECT_EQ(t.screen->reviewNotice(), voicetext::finalDidNotArrive);
+    EXPECT_EQ(t.titles(), (QStringList{"Water the plants", "Email sam"}));
+    EXPECT_EQ(t.recognizer.cancels, 1) << "the abandoned recognition is cancelled";
+
+    // The final result arriving now changes nothing.
+    t.recognizer.sendFinalFor(t.recognizer.lastGeneration, "something else");
+    EXPECT_EQ(t.voice->transcript(), "water the plants next task email sam");
+}
+
+TEST(VoiceReviewController, AnEmptyFinalAfterWordsKeepsTheWordsAndSaysSo) {
+    ScreenUnderTest t;
+    t.listen();
+    t.speak("book flights");
+    t.screen->toggleCapture();
+    t.recognizer.sendFinal({});
+    ASSERT_TRUE(waitUntil([&t] { return t.screen->isReviewing(); }));
+    EXPECT_EQ(t.screen->reviewNotice(), voicetext::finalWasEmpty);
+    EXPECT_EQ(t.titles(), QStringList{"Book flights"});
+}
+
+TEST(VoiceReviewController, SavesTheEditedListInOneStepAndKeepsItOnFailure) {
+    ScreenUnderTest t;
+    t.listen();
+    t.speak("buy milk next task call the bank next task pay rent");
+    t.screen->toggleCapture();
+    t.recognizer.sendFinal({{"buy milk next task call the bank next task pay rent", 0, 3}});
+    ASSERT_TRUE(waitUntil([&t] { return t.screen->isReviewing(); }));
+    ASSERT_EQ(t.titles().size(), 3);
+
+    t.screen->setCandidateTitle(0, "Buy oat milk");
+    t.screen->removeCandidate(2);
+    t.repo->failNextSaves(1, "Disk full");
+    EXPECT_FALSE(t.screen->save());
+    EXPECT_EQ(t.screen->saveError(),
+              "Daywyn could not save your voice tasks. Please try again: Disk full");
+    EXPECT_EQ(t.titles(), (QStringList{"Buy oat milk", "Call the bank"}));
+    EXPECT_TRUE(t.store->tasks().empty());
+
+    QSignalSpy closed(t.screen.get(), &VoiceReviewController::closeRequested);
+    EXPECT_TRUE(t.screen->save());
+    ASSERT_EQ(t.store->tasks().size(), 2u);
+    EXPECT_EQ(t.store->tasks()[0].title, "Buy oat milk");
+    EXPECT_EQ(t.store->tasks()[1].title, "Call the bank");
+    EXPECT_EQ(closed.count(), 1);
+    EXPECT_EQ(t.screen->phase(), "idle");
+    EXPECT_EQ(t.voice->transcript(), "") << "a new capture starts empty";
+}
+
+TEST(VoiceReviewController, BlankTitlesOrNoWordsLeaveNothingToSave) {
+    ScreenUnderTest t;
+    t.listen();
+    t.speak("buy milk");
+    t.screen->toggleCapture();
+    t.recognizer.sendFinal({{"buy", 0, 0.3}, {"milk", 0.3, 0.3}});
+    ASSERT_TRUE(waitUntil([&t] { return t.screen->isReviewing(); }));
+    t.screen->setCandidateTitle(0, "   ");
+    EXPECT_FALSE(t.screen->save());
+    EXPECT_EQ(t.screen->saveError(), "Add at least one task title before saving.");
+
+    ScreenUnderTest silent;
+    silent.listen();
+    silent.screen->toggleCapture();
+    silent.recognizer.sendFinal({});
+    ASSERT_TRUE(waitUntil([&silent] { return silent.screen->isReviewing(); }));
+    EXPECT_EQ(silent.screen->emptyReviewText(),
+              "No task titles were found. Go back and try speaking again.");
+    EXPECT_EQ(silent.screen->reviewNotice(), voicetext::nothingRecognized);
+}
+
+TEST(VoiceReviewController, StopBeforeListeningAndClosingMidCaptureLeaveNothingRunning) {
+    ScreenUnderTest t;
+    t.screen->toggleCapture();
+    EXPECT_EQ(t.screen->phase(), "starting");
+    t.screen->toggleCapture(); // pressed again before Listening appeared
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(t.screen->phase(), "idle");
+    EXPECT_EQ(t.recognizer.begins, 0);
+    EXPECT_FALSE(t.microphone.running);
+
+    t.listen();
+    t.speak("call mom");
+    t.screen->close();
+    EXPECT_FALSE(t.microphone.running);
+    EXPECT_EQ(t.screen->phase(), "idle");
+    t.recognizer.sendFinalFor(t.recognizer.lastGeneration, "call mom");
+    EXPECT_EQ(t.voice->transcript(), "") << "a closed capture's late words are dropped";
+}
+
+} // namespace
+} // namespace daywyn
