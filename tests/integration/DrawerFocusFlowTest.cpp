@@ -10,9 +10,9 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include "app/qt/AppEnvironment.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
-#include "app/qt/AppEnvironment.h"
 #include "shell/qt/EdgePanelController.h"
 #include "shell/qt/QuickCaptureController.h"
 #include "support/TaskBuilder.h"

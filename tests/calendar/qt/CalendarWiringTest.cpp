@@ -6,10 +6,10 @@
 #include <QSettings>
 #include <gtest/gtest.h>
 
+#include "app/qt/AppEnvironment.h"
 #include "calendar/qt/CalendarManager.h"
 #include "calendar/qt/IcsFolderCalendarSource.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
-#include "app/qt/AppEnvironment.h"
 #include "support/FakeRepository.h"
 #include "support/qt/QtTestSupport.h"
 
