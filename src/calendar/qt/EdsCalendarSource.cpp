@@ -11,6 +11,8 @@
 #include <QPointer>
 #include <QThreadPool>
 
+#include "calendar/qt/MainThreadCompletion.h"
+
 namespace daywyn {
 
 namespace {
@@ -315,16 +317,7 @@ void EdsCalendarSource::read(const CalendarQuery& query, Completion done) {
     // The completion comes back to the main thread.
     State::invoke(state_,
                   [query, self = std::move(self), done = std::move(done)](State& state) mutable {
-                      auto snapshot = state.read(query);
-                      QMetaObject::invokeMethod(
-                          QCoreApplication::instance(),
-                          [self = std::move(self), done = std::move(done),
-                           snapshot = std::move(snapshot)]() mutable {
-                              if (self) {
-                                  done(std::move(snapshot));
-                              }
-                          },
-                          Qt::QueuedConnection);
+                      completeOnMainThread(std::move(self), std::move(done), state.read(query));
                   });
 }
 

@@ -12,6 +12,7 @@
 #include <QThreadPool>
 
 #include "calendar/qt/IcsCalendarFile.h"
+#include "calendar/qt/MainThreadCompletion.h"
 
 namespace daywyn {
 
@@ -203,16 +204,7 @@ void IcsFolderCalendarSource::read(const CalendarQuery& query, Completion done) 
     QPointer<IcsFolderCalendarSource> self = this;
     QThreadPool::globalInstance()->start(
         [state, query, self = std::move(self), done = std::move(done)]() mutable {
-            auto snapshot = state->read(query);
-            QMetaObject::invokeMethod(
-                QCoreApplication::instance(),
-                [self = std::move(self), done = std::move(done),
-                 snapshot = std::move(snapshot)]() mutable {
-                    if (self) {
-                        done(std::move(snapshot));
-                    }
-                },
-                Qt::QueuedConnection);
+            completeOnMainThread(std::move(self), std::move(done), state->read(query));
         });
 }
 
