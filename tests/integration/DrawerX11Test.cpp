@@ -18,22 +18,12 @@
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
 #include "support/TaskBuilder.h"
+#include "support/qt/QtTestSupport.h"
 
 namespace daywyn {
 namespace {
 
-// Polls `condition` until it holds or `seconds` pass (a safety net on a loaded machine).
-bool eventually(const std::function<bool()>& condition, int seconds = 20) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > seconds * 1000) {
-            return false;
-        }
-        QThread::msleep(30);
-    }
-    return true;
-}
+using test::eventually;
 
 class DrawerX11Test : public ::testing::Test {
 protected:

@@ -11,23 +11,12 @@
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
 
+#include "support/qt/QtTestSupport.h"
+
 namespace daywyn {
 namespace {
 
-// Waits (with the event loop quiet) until `condition` holds or `seconds` pass. The app
-// and the X server start slowly on a loaded machine, so the limit is generous; it is a
-// safety net, never what a test checks.
-bool eventually(const std::function<bool()>& condition, int seconds = 20) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > seconds * 1000) {
-            return false;
-        }
-        QThread::msleep(20);
-    }
-    return true;
-}
+using test::eventually;
 
 // The keycode that types Space on this server, or 0.
 xcb_keycode_t spaceKeycode(xcb_connection_t* connection) {

@@ -2,7 +2,9 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QTest>
+#include <QThread>
 
 namespace daywyn::test {
 
@@ -42,6 +44,18 @@ QQuickItem* findItem(QQuickWindow& window, const QString& objectName) {
 void click(QQuickWindow& window, QQuickItem& item) {
     const QPointF centre = item.mapToScene(QPointF(item.width() / 2, item.height() / 2));
     QTest::mouseClick(&window, Qt::LeftButton, Qt::NoModifier, centre.toPoint());
+}
+
+bool eventually(const std::function<bool()>& condition, int seconds) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > seconds * 1000) {
+            return false;
+        }
+        QThread::msleep(20);
+    }
+    return true;
 }
 
 } // namespace daywyn::test

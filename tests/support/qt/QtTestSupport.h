@@ -41,6 +41,11 @@ private:
 // which (the time is a safety net, never what a test checks).
 bool waitUntil(const std::function<bool()>& condition);
 
+// Polls `condition` without running this process's event loop until it holds or
+// `seconds` pass: for what another process (the app, the X server) brings about. The
+// limit is a safety net on a loaded machine, never what a test checks.
+bool eventually(const std::function<bool()>& condition, int seconds = 20);
+
 // The item with this objectName under the window's content, or null.
 QQuickItem* findItem(QQuickWindow& window, const QString& objectName);
 
