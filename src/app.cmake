@@ -64,17 +64,20 @@ install(TARGETS daywyn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 # table.
 set(DAYWYN_GENERATED ${PROJECT_BINARY_DIR}/generated)
 add_custom_command(
-    OUTPUT ${DAYWYN_GENERATED}/daywyn.1 ${DAYWYN_GENERATED}/daywyn.bash
+    OUTPUT ${DAYWYN_GENERATED}/daywyn.1 ${DAYWYN_GENERATED}/daywyn.1.gz
+        ${DAYWYN_GENERATED}/daywyn.bash
         ${DAYWYN_GENERATED}/_daywyn
     COMMAND ${CMAKE_COMMAND} -E make_directory ${DAYWYN_GENERATED}
     COMMAND daywyn --man > ${DAYWYN_GENERATED}/daywyn.1
+    # Debian installs manual pages compressed, without a time stamp in the header.
+    COMMAND gzip -9nf -k ${DAYWYN_GENERATED}/daywyn.1
     COMMAND daywyn --completion bash > ${DAYWYN_GENERATED}/daywyn.bash
     COMMAND daywyn --completion zsh > ${DAYWYN_GENERATED}/_daywyn
     DEPENDS daywyn
     COMMENT "Writing the manual page and the shell completions")
-add_custom_target(daywyn_docs ALL DEPENDS ${DAYWYN_GENERATED}/daywyn.1
+add_custom_target(daywyn_docs ALL DEPENDS ${DAYWYN_GENERATED}/daywyn.1 ${DAYWYN_GENERATED}/daywyn.1.gz
     ${DAYWYN_GENERATED}/daywyn.bash ${DAYWYN_GENERATED}/_daywyn)
-install(FILES ${DAYWYN_GENERATED}/daywyn.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${DAYWYN_GENERATED}/daywyn.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${DAYWYN_GENERATED}/daywyn.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME daywyn)
 install(FILES ${DAYWYN_GENERATED}/_daywyn DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
