@@ -289,7 +289,8 @@ TEST_F(DaywynCompletion, BashCompletesVerbsOptionsAndTaskIds) {
     ASSERT_EQ(daywyn({"start", state()["tasks"][0]["id"].GetString()}).status, 0);
     ASSERT_EQ(daywyn({"stop"}).status, 0);
     std::vector<std::string> expected;
-    for (const auto& task : state()["tasks"].GetArray()) {
+    const auto saved = state();
+    for (const auto& task : saved["tasks"].GetArray()) {
         expected.push_back(std::string(task["id"].GetString()).substr(0, 8));
     }
     std::sort(expected.begin(), expected.end());
@@ -311,7 +312,8 @@ TEST_F(DaywynCompletion, TheZshCompletionParsesAndOffersTheSameTaskIds) {
     ASSERT_EQ(daywyn({"add", "Pay rent"}).status, 0);
     std::string expected;
     std::vector<std::string> ids;
-    for (const auto& task : state()["tasks"].GetArray()) {
+    const auto saved = state();
+    for (const auto& task : saved["tasks"].GetArray()) {
         ids.push_back(std::string(task["id"].GetString()).substr(0, 8));
     }
     std::sort(ids.begin(), ids.end());

@@ -262,6 +262,10 @@ TEST_F(UpdateDownload, AFullDiskStopsTheDownloadAndLeavesNothingBehind) {
 }
 
 TEST_F(UpdateDownload, ALargePackageStreamsToDiskWithoutBeingHeldInMemory) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "AddressSanitizer's quarantine keeps freed buffers resident, so the peak "
+                    "says nothing about what the download holds.";
+#endif
     constexpr qint64 size = 50LL * 1024 * 1024;
     publish(size);
     check();
