@@ -18,6 +18,8 @@
 #include <QtGui/qguiapplication_platform.h>
 #include <xcb/xcb.h>
 
+#include "shell/qt/XcbAtom.h"
+
 namespace daywyn {
 namespace {
 
@@ -36,16 +38,6 @@ QRect visibleFrame(const QScreen* screen) {
     return usable.isEmpty() ? screen->geometry() : usable;
 }
 
-xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
-    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
-        connection,
-        xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(std::strlen(name)), name),
-        nullptr);
-    const xcb_atom_t found = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-    std::free(reply);
-    return found;
-}
-
 // Asks the window manager to leave a mapped panel out of the taskbar, the pager and
 // Alt+Tab (_NET_WM_STATE_SKIP_TASKBAR and _SKIP_PAGER), which Qt has no flag for on
 // X11. Elsewhere (Wayland, offscreen) it does nothing.
@@ -56,17 +48,17 @@ void keepOffTaskLists(QWindow& window) {
         return;
     }
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    const xcb_atom_t skip[] = {atom(connection, "_NET_WM_STATE_SKIP_TASKBAR"),
-                               atom(connection, "_NET_WM_STATE_SKIP_PAGER")};
+    const xcb_atom_t skip[] = {internAtom(connection, "_NET_WM_STATE_SKIP_TASKBAR"),
+                               internAtom(connection, "_NET_WM_STATE_SKIP_PAGER")};
     // Before mapping the window manager reads the property; once mapped it listens
     // for the request. Both are sent, since Qt maps the window on its own schedule.
     xcb_change_property(connection, XCB_PROP_MODE_APPEND, static_cast<xcb_window_t>(window.winId()),
-                        atom(connection, "_NET_WM_STATE"), XCB_ATOM_ATOM, 32, 2, skip);
+                        internAtom(connection, "_NET_WM_STATE"), XCB_ATOM_ATOM, 32, 2, skip);
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = static_cast<xcb_window_t>(window.winId());
-    event.type = atom(connection, "_NET_WM_STATE");
+    event.type = internAtom(connection, "_NET_WM_STATE");
     event.data.data32[0] = 1; // add
     event.data.data32[1] = skip[0];
     event.data.data32[2] = skip[1];

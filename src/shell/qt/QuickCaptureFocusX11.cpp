@@ -9,6 +9,8 @@
 #include <QtGui/qguiapplication_platform.h>
 #include <xcb/xcb.h>
 
+#include "shell/qt/XcbAtom.h"
+
 namespace daywyn {
 namespace {
 
@@ -19,16 +21,6 @@ xcb_connection_t* qtConnection() {
 
 xcb_window_t rootWindow(xcb_connection_t* connection) {
     return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-}
-
-xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
-    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
-        connection,
-        xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(std::strlen(name)), name),
-        nullptr);
-    const xcb_atom_t value = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-    std::free(reply);
-    return value;
 }
 
 // The first 32-bit value of a window's property, or 0.
@@ -52,7 +44,7 @@ std::uint32_t QuickCaptureFocusX11::activeWindow() {
         return 0;
     }
     return cardinalProperty(connection, rootWindow(connection),
-                            atom(connection, "_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW);
+                            internAtom(connection, "_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW);
 }
 
 bool QuickCaptureFocusX11::isOwnWindow(std::uint32_t window) {
@@ -68,7 +60,7 @@ bool QuickCaptureFocusX11::isOwnWindow(std::uint32_t window) {
     // our process id.
     xcb_connection_t* connection = qtConnection();
     return connection &&
-           cardinalProperty(connection, window, atom(connection, "_NET_WM_PID"),
+           cardinalProperty(connection, window, internAtom(connection, "_NET_WM_PID"),
                             XCB_ATOM_CARDINAL) == static_cast<std::uint32_t>(getpid());
 }
 
@@ -82,7 +74,7 @@ void QuickCaptureFocusX11::activate(std::uint32_t window) {
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = window;
-    event.type = atom(connection, "_NET_ACTIVE_WINDOW");
+    event.type = internAtom(connection, "_NET_ACTIVE_WINDOW");
     // Source 2 (a pager): the user asked for this window, so focus-stealing prevention
     // must not hold it back; no timestamp to compare.
     event.data.data32[0] = 2;
