@@ -81,15 +81,7 @@ protected:
         windowManager = xvfb = nullptr;
     }
 
-    static void stop(QProcess* process) {
-        if (process && process->state() != QProcess::NotRunning) {
-            process->terminate();
-            if (!process->waitForFinished(3000)) {
-                process->kill();
-                process->waitForFinished(1000);
-            }
-        }
-    }
+    static void stop(QProcess* process) { test::stopProcess(process); }
 
     static QString run(const QString& program, const QStringList& args) {
         QProcess tool;

@@ -77,15 +77,7 @@ protected:
         windowManager = xvfb = nullptr;
     }
 
-    static void stop(QProcess* process) {
-        if (process && process->state() != QProcess::NotRunning) {
-            process->terminate();
-            if (!process->waitForFinished(3000)) {
-                process->kill();
-                process->waitForFinished(1000);
-            }
-        }
-    }
+    static void stop(QProcess* process) { test::stopProcess(process); }
 
     void SetUp() override {
         if (missingTool) {

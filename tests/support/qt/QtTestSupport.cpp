@@ -58,4 +58,14 @@ bool eventually(const std::function<bool()>& condition, int seconds) {
     return true;
 }
 
+void stopProcess(QProcess* process) {
+    if (process && process->state() != QProcess::NotRunning) {
+        process->terminate();
+        if (!process->waitForFinished(3000)) {
+            process->kill();
+            process->waitForFinished(1000);
+        }
+    }
+}
+
 } // namespace daywyn::test

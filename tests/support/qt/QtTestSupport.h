@@ -4,6 +4,7 @@
 #include <memory>
 #include <ostream>
 
+#include <QProcess>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QString>
@@ -45,6 +46,9 @@ bool waitUntil(const std::function<bool()>& condition);
 // `seconds` pass: for what another process (the app, the X server) brings about. The
 // limit is a safety net on a loaded machine, never what a test checks.
 bool eventually(const std::function<bool()>& condition, int seconds = 20);
+
+// Ends a helper process (an X server, a window manager): politely first, then by force.
+void stopProcess(QProcess* process);
 
 // The item with this objectName under the window's content, or null.
 QQuickItem* findItem(QQuickWindow& window, const QString& objectName);
