@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <systemd/sd-bus.h>
 #include <thread>
@@ -22,7 +23,6 @@
 #include "cli/VerbHelp.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
-#include "voice/sphinx/TranscribeCommand.h"
 
 namespace daywyn {
 
@@ -216,7 +216,7 @@ CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool s
 // Starts the desktop app detached from this process, for a window verb where the bus
 // cannot start it (no service file: run from the build tree, not installed).
 bool startAppInBackground() {
-    const std::string app = desktopAppPath();
+    const std::string app = helperProgramPath("daywyn-app");
     if (app.empty()) {
         return false;
     }
@@ -260,6 +260,39 @@ CommandOutput runWindowVerb(sd_bus* bus, const std::vector<std::string>& args) {
     return runInApp(bus, args, false);
 }
 
+// `daywyn transcribe` through daywyn-transcribe, which prints the transcript itself:
+// the recogniser's libraries are loaded by that program alone.
+class TranscriberProgram : public RecordingTranscriber {
+public:
+    CommandOutput transcribe(const std::vector<std::string>& args, Instant now,
+                             const Calendar&) override {
+        const std::string program = helperProgramPath("daywyn-transcribe");
+        if (program.empty()) {
+            return CommandOutput{
+                1, {}, "Daywyn could not find daywyn-transcribe; is it installed?\n"};
+        }
+        std::vector<std::string> line{program, isoText(now)};
+        line.insert(line.end(), args.begin(), args.end());
+        std::vector<char*> argv;
+        for (auto& arg : line) {
+            argv.push_back(arg.data());
+        }
+        argv.push_back(nullptr);
+        std::fflush(nullptr);
+        pid_t child = 0;
+        if (const int error =
+                ::posix_spawn(&child, program.c_str(), nullptr, nullptr, argv.data(), environ);
+            error != 0) {
+            return CommandOutput{
+                1, {}, "Daywyn could not start " + program + ": " + std::strerror(error) + "\n"};
+        }
+        int status = 0;
+        while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+        }
+        return CommandOutput{WIFEXITED(status) ? WEXITSTATUS(status) : 1, {}, {}};
+    }
+};
+
 int runHere(VerbLine& line, VerbAccess access) {
     const Instant now = currentInstant();
     const Calendar calendar;
@@ -267,7 +300,7 @@ int runHere(VerbLine& line, VerbAccess access) {
         return print(*refused);
     }
     if (!line.verb->needsStore) {
-        PocketSphinxTranscriber transcriber;
+        TranscriberProgram transcriber;
         VerbContext context{nullptr, now, calendar, nullptr, &transcriber};
         return print(runVerbLine(line, context));
     }
@@ -302,15 +335,16 @@ int runHere(VerbLine& line, VerbAccess access) {
 
 } // namespace
 
-std::string desktopAppPath() {
+std::string helperProgramPath(const std::string& name) {
     char path[PATH_MAX];
     const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
     const std::string self =
         length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
     const std::string folder = self.substr(0, self.rfind('/'));
-    for (const std::string& app : {folder + "/daywyn-app", folder + "/" DAYWYN_APP_FROM_BINDIR}) {
-        if (::access(app.c_str(), X_OK) == 0) {
-            return app;
+    for (const std::string& program :
+         {folder + "/" + name, folder + "/" DAYWYN_LIBEXEC_FROM_BINDIR "/" + name}) {
+        if (::access(program.c_str(), X_OK) == 0) {
+            return program;
         }
     }
     return {};

@@ -245,16 +245,24 @@ TEST_F(DaywynCommand, BadArgumentsAreRefusedAndOddTextIsKept) {
     EXPECT_NE(daywyn({"today"}).out.find(longTitle), std::string::npos);
 }
 
-TEST_F(DaywynCommand, TheProgramLinksNoneOfQtsWindowingLibraries) {
-    // What the dynamic loader maps for any verb: every library the program needs,
-    // and theirs. Nothing of Qt at all: the verbs need the core, ICU and sd-bus only.
+TEST_F(DaywynCommand, TheProgramLoadsNeitherQtNorTheSpeechRecogniser) {
+    // What the dynamic loader maps for any verb: every library the program needs, and
+    // theirs. ICU and the C++ library are linked in, sd-bus is loaded by the verbs that
+    // talk to the app, and the recogniser runs in a program of its own.
     const auto libraries = test::runProcess({"/usr/bin/ldd", DAYWYN_BINARY_PATH});
     ASSERT_EQ(libraries.status, 0) << libraries.err;
-    EXPECT_NE(libraries.out.find("libicuuc"), std::string::npos) << libraries.out;
-    for (const char* qt : {"libQt6Core", "libQt6Gui", "libQt6Qml", "libQt6Quick", "libQt6Widgets",
-                           "libQt6Multimedia", "libQt6Network", "libGL"}) {
-        EXPECT_EQ(libraries.out.find(qt), std::string::npos) << qt << " in\n" << libraries.out;
+    EXPECT_NE(libraries.out.find("libc.so"), std::string::npos) << libraries.out;
+    for (const char* heavy : {"libQt6", "libGL", "libpocketsphinx", "libsphinxbase", "liblapack",
+                              "libblas", "libgfortran", "libicu", "libstdc++", "libsystemd"}) {
+        EXPECT_EQ(libraries.out.find(heavy), std::string::npos) << heavy << " in\n"
+                                                                << libraries.out;
     }
+
+    // `transcribe` still reaches the recogniser, through its own program.
+    const auto missing = daywyn({"transcribe", dataHome + "/missing.wav"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err, "Daywyn could not open " + dataHome + "/missing.wav.\n");
+    EXPECT_EQ(daywyn({"transcribe", "--loud", "x.wav"}).status, 2);
 }
 
 // The generated bash completion, loaded into a real bash with this build's daywyn
