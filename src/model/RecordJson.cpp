@@ -220,10 +220,14 @@ DAYWYN_INSTANTIATE(CompactJsonWriter)
 
 std::string encodeStateFile(const PersistedStateView& state) {
     JsonBuffer buffer;
+    encodeStateFile(state, buffer);
+    return std::string(buffer.GetString(), buffer.GetSize());
+}
+
+void encodeStateFile(const PersistedStateView& state, JsonBuffer& buffer) {
     PrettyJsonWriter writer(buffer);
     useTwoSpaceIndent(writer);
     encodeRecord(writer, state, DateCoding::iso8601);
-    return std::string(buffer.GetString(), buffer.GetSize());
 }
 
 std::string encodeTaskLine(const TaskItem& task) {

@@ -61,6 +61,8 @@ std::optional<BudgetAlertSet> readBudgetAlertSet(JsonReader& reader);
 
 // A whole state as the state file writes it: pretty, sorted keys, ISO dates.
 std::string encodeStateFile(const PersistedStateView& state);
+// The same into `buffer`, for writing it out without another copy of every byte.
+void encodeStateFile(const PersistedStateView& state, JsonBuffer& buffer);
 // One task as a single line of JSON with ISO dates (the command line's --json).
 std::string encodeTaskLine(const TaskItem& task);
 

@@ -150,7 +150,11 @@ Status JSONTaskRepository::save(const PersistedStateView& state) {
     if (auto locked = acquireWriterLock(); !locked) {
         return locked;
     }
-    return replaceFile(encodeStateFile(state));
+    // Written from the encoder's buffer: copying the whole file into a string first
+    // cost a tenth of a command-line `add`.
+    JsonBuffer buffer;
+    encodeStateFile(state, buffer);
+    return replaceFile(std::string_view(buffer.GetString(), buffer.GetSize()));
 }
 
 // Why the previous file gets a second name before it is replaced.

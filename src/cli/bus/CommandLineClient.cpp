@@ -293,7 +293,24 @@ public:
     }
 };
 
-int runHere(VerbLine& line, VerbAccess access) {
+// The state file's repository; null (the reason printed) when there is no data folder.
+std::unique_ptr<JSONTaskRepository> stateRepository() {
+    auto path = JSONTaskRepository::defaultFilePath();
+    if (!path) {
+        std::fprintf(stderr, "%s\n", path.error().c_str());
+        return nullptr;
+    }
+    const JSONTaskRepository::Clock clock = [] {
+        return currentInstant();
+    };
+    return std::make_unique<JSONTaskRepository>(path.value(), std::make_shared<PosixFileSystem>(),
+                                                clock, clock);
+}
+
+// Runs the verb in this process. `repository` is the state file's (null for a verb
+// that needs no store), holding the writer lock for a writing verb; `locked` says why
+// a writing verb could not have it.
+int runHere(VerbLine& line, std::unique_ptr<JSONTaskRepository> repository, const Status& locked) {
     const Instant now = currentInstant();
     const Calendar calendar;
     if (auto refused = prepareCommand(line, now, calendar)) {
@@ -304,22 +321,12 @@ int runHere(VerbLine& line, VerbAccess access) {
         VerbContext context{nullptr, now, calendar, nullptr, &transcriber};
         return print(runVerbLine(line, context));
     }
-    auto path = JSONTaskRepository::defaultFilePath();
-    if (!path) {
-        std::fprintf(stderr, "%s\n", path.error().c_str());
+    if (!locked) {
+        std::fprintf(stderr, "%s\n", locked.error().c_str());
         return 1;
     }
-    const JSONTaskRepository::Clock clock = [] {
-        return currentInstant();
-    };
-    auto repository = std::make_unique<JSONTaskRepository>(
-        path.value(), std::make_shared<PosixFileSystem>(), clock, clock);
     std::unique_ptr<TaskRepository> storeRepository;
-    if (access == VerbAccess::writing) {
-        if (auto locked = repository->acquireWriterLock(); !locked) {
-            std::fprintf(stderr, "%s\n", locked.error().c_str());
-            return 1;
-        }
+    if (repository->holdsWriterLock()) {
         storeRepository = std::move(repository);
     } else {
         storeRepository = std::make_unique<ReadOnlyRepository>(std::move(repository));
@@ -384,12 +391,26 @@ int runCommandLine(const std::vector<std::string>& given) {
         }
         return print(runWindowVerb(bus.get(), args));
     }
+    if (!parsed.line.verb->needsStore) {
+        return runHere(parsed.line, nullptr, {});
+    }
+    auto repository = stateRepository();
+    if (!repository) {
+        return 1;
+    }
+    Status locked;
     if (access == VerbAccess::writing) {
-        if (Bus bus = sessionBus(); bus && appIsRunning(bus.get())) {
-            return print(runInApp(bus.get(), args, false));
+        // The desktop app holds the writer lock for as long as it runs, so a lock had
+        // here means the verb is carried out here, without a word on the bus. When
+        // another process holds it and that is the app, the app carries it out.
+        locked = repository->acquireWriterLock();
+        if (!locked) {
+            if (Bus bus = sessionBus(); bus && appIsRunning(bus.get())) {
+                return print(runInApp(bus.get(), args, false));
+            }
         }
     }
-    return runHere(parsed.line, access);
+    return runHere(parsed.line, std::move(repository), locked);
 }
 
 } // namespace daywyn
