@@ -425,7 +425,6 @@ int runCommandLine(const std::vector<std::string>& given) {
     if (!parsed.line.verb->needsStore) {
         return runHere(parsed.line, nullptr, {});
     }
-    useHugePagesForTheHeap();
     auto repository = stateRepository();
     if (!repository) {
         return 1;
@@ -442,6 +441,7 @@ int runCommandLine(const std::vector<std::string>& given) {
             }
         }
     }
+    useHugePagesForTheHeap();
     return runHere(parsed.line, std::move(repository), locked);
 }
 
