@@ -20,6 +20,7 @@
 #include "cli/BusAddress.h"
 #include "cli/CommandLine.h"
 #include "cli/VerbHelp.h"
+#include "cli/bus/SystemCalendars.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
 #include "voice/sphinx/TranscribeCommand.h"
@@ -296,7 +297,8 @@ int runHere(VerbLine& line, VerbAccess access) {
         // The unreadable file was moved aside; say so, then carry on with a fresh one.
         std::fprintf(stderr, "%s\n", store.persistenceError()->c_str());
     }
-    VerbContext context{&store, now, calendar, nullptr};
+    SystemCalendars calendars(calendar);
+    VerbContext context{&store, now, calendar, nullptr, nullptr, &calendars};
     return print(runVerbLine(line, context));
 }
 
