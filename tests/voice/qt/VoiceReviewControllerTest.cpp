@@ -235,7 +235,7 @@ TEST(VoiceReviewController, ATenMinuteRecordingEndsInReviewWithEveryTaskAndKeeps
     ASSERT_EQ(nextTask, kTasks);
     EXPECT_EQ(t.recognizer.samplesAppended, (kSamples + kBuffer - 1) / kBuffer * kBuffer);
     EXPECT_EQ(t.screen->phase(), "listening");
-    EXPECT_EQ(t.voice->transcript(), partial);
+    EXPECT_EQ(t.voice->transcript().toStdString(), partial);
     // The event loop kept running while the audio came in.
     EXPECT_GT(loopTicks, 100);
 
@@ -250,7 +250,7 @@ TEST(VoiceReviewController, ATenMinuteRecordingEndsInReviewWithEveryTaskAndKeeps
     EXPECT_EQ(t.titles().front(), "Call client number 0");
     EXPECT_EQ(t.titles().back(), "Call client number 29");
     // The whole transcript is kept, one pause marker between each two tasks.
-    const std::string transcript = t.voice->transcript();
+    const std::string transcript = t.voice->transcript().toStdString();
     EXPECT_EQ(std::count(transcript.begin(), transcript.end(), '|'), kTasks - 1);
     EXPECT_FALSE(t.microphone.running);
 
