@@ -191,7 +191,8 @@ bool IcsCalendarFile::addText(std::string_view source) {
             data.rule = icalproperty_get_rrule(rule);
         }
         for (auto* rdate = icalcomponent_get_first_property(event, ICAL_RDATE_PROPERTY);
-             rdate != nullptr; rdate = icalcomponent_get_next_property(event, ICAL_RDATE_PROPERTY)) {
+             rdate != nullptr;
+             rdate = icalcomponent_get_next_property(event, ICAL_RDATE_PROPERTY)) {
             // A date, a time or a period; a period's own end is not kept: every occurrence
             // lasts as long as the first.
             const icaldatetimeperiodtype value = icalproperty_get_rdate(rdate);
