@@ -136,6 +136,17 @@ foreach(template IN ITEMS org.daywyn.Daywyn.service daywyn.desktop)
 endforeach()
 
 # System calendars: Evolution Data Server through libecal, and folders of .ics files
-# through libical (both only in src/calendar/qt/).
-pkg_check_modules(DAYWYN_CALENDARS REQUIRED IMPORTED_TARGET libecal-2.0 libical)
-target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_CALENDARS)
+# through libical (src/calendar/system/, wrapped for Qt in src/calendar/qt/).
+target_link_libraries(daywyn_app PUBLIC daywyn_system_calendars PkgConfig::DAYWYN_CALENDARS)
+
+# The command line's system calendars, loaded by `today` and `calendars` only: libecal
+# alone costs a process start about 0.1 s. Beside daywyn-app, in the build tree and once
+# installed.
+add_library(daywyn-calendars MODULE ${CMAKE_CURRENT_SOURCE_DIR}/cli/calendars/SystemCalendarsModule.cpp)
+set_target_properties(daywyn-calendars PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+target_link_libraries(daywyn-calendars PRIVATE daywyn_system_calendars)
+target_link_options(daywyn-calendars PRIVATE -Wl,--exclude-libs,ALL -Wl,-z,defs)
+daywyn_warnings(daywyn-calendars)
+add_dependencies(daywyn daywyn-calendars)
+install(TARGETS daywyn-calendars LIBRARY DESTINATION ${DAYWYN_APP_INSTALL_DIR})

@@ -23,6 +23,7 @@
 #include "cli/BusAddress.h"
 #include "cli/CommandLine.h"
 #include "cli/VerbHelp.h"
+#include "cli/bus/SystemCalendars.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
 
@@ -367,7 +368,8 @@ int runHere(VerbLine& line, std::unique_ptr<JSONTaskRepository> repository, cons
         // The unreadable file was moved aside; say so, then carry on with a fresh one.
         std::fprintf(stderr, "%s\n", store.persistenceError()->c_str());
     }
-    VerbContext context{&store, now, calendar, nullptr};
+    SystemCalendars calendars(calendar);
+    VerbContext context{&store, now, calendar, nullptr, nullptr, &calendars};
     return print(runVerbLine(line, context));
 }
 

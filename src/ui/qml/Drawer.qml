@@ -160,7 +160,7 @@ Rectangle {
             color: theme.text
             font.pixelSize: 13
             Accessible.name: "Add a task"
-            Keys.onDownPressed: list.enter()
+            Keys.onDownPressed: if (!events.enter(false)) list.enter()
             property var chips: []
             onTextChanged: chips = today.previewQuickAdd(text)
             onAccepted: if (today.addFromText(text)) text = ""
@@ -200,7 +200,10 @@ Rectangle {
 
         // Today's calendar events, above the tasks.
         TodayEvents {
+            id: events
             Layout.fillWidth: true
+            onLeaveUp: addField.forceActiveFocus()
+            onLeaveDown: list.enter()
         }
 
         ListView {
@@ -251,7 +254,7 @@ Rectangle {
                 if (row >= 0) {
                     currentIndex = row
                     showCurrent()
-                } else if (step < 0) {
+                } else if (step < 0 && !events.enter(true)) {
                     addField.forceActiveFocus()
                 }
             }

@@ -263,6 +263,34 @@ TEST_F(DaywynCommand, TheProgramLoadsNeitherQtNorTheSpeechRecogniser) {
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(missing.err, "Daywyn could not open " + dataHome + "/missing.wav.\n");
     EXPECT_EQ(daywyn({"transcribe", "--loud", "x.wav"}).status, 2);
+    // Evolution's libraries come with the calendar module, loaded by the verbs that
+    // read calendars only.
+    EXPECT_EQ(libraries.out.find("libecal"), std::string::npos) << libraries.out;
+}
+
+TEST_F(DaywynCommand, CalendarVerbsReadTheFolderOfCalendarFilesThroughTheModule) {
+    fs::create_directories(folder + "/calendars");
+    fs::copy_file(std::string(DAYWYN_TEST_DATA_DIR) + "/calendar/weekly.ics",
+                  folder + "/calendars/team.ics");
+    // No session bus here: Evolution is unavailable and the files still answer.
+    const auto listed = daywyn({"calendars", "--json"});
+    ASSERT_EQ(listed.status, 0) << listed.err;
+    EXPECT_EQ(listed.out, "{\"calendars\":[{\"colorHex\":\"#62A0EA\",\"id\":\"ics:team.ics\","
+                          "\"selected\":false,\"sourceTitle\":\"Calendar files\",\"title\":"
+                          "\"Team\"}],\"integrationEnabled\":false,"
+                          "\"selectedCalendarIdentifiers\":[]}\n");
+    ASSERT_EQ(daywyn({"calendars", "select", "--all"}).status, 0);
+    ASSERT_EQ(daywyn({"calendars", "on"}).status, 0);
+    // Wednesday 4 March: the weekly standup is on Mondays, the plants every day.
+    const auto today = daywyn({"today"});
+    ASSERT_EQ(today.status, 0) << today.err;
+    EXPECT_NE(today.out.find(
+                  "Events (1)\n  8:00\u202fAM \u2013 8:15\u202fAM  Water the plants  (Team)\n"),
+              std::string::npos)
+        << today.out;
+    const auto mistyped = daywyn({"calendars", "select", "ics:tem.ics"});
+    EXPECT_EQ(mistyped.status, 1);
+    EXPECT_NE(mistyped.err.find("No calendar has the id"), std::string::npos);
 }
 
 // The generated bash completion, loaded into a real bash with this build's daywyn
