@@ -6,8 +6,7 @@ namespace daywyn {
 namespace {
 
 Result<AppPreferences> decode(std::string_view json) {
-    JsonReader reader(json);
-    return decodePreferences(reader);
+    return decodePreferences(json);
 }
 
 std::string encode(const AppPreferences& p) {
