@@ -35,6 +35,13 @@ TEST(PreferencesJson, ReadsTheOlderReminderKeyButNeverWritesIt) {
     EXPECT_EQ(written.find("dueNotificationsEnabled"), std::string::npos);
     EXPECT_FALSE(decode(R"({"taskRemindersEnabled": false, "dueNotificationsEnabled": true})")
                      ->taskRemindersEnabled);
+    // The newer key wins wherever it stands; a null one gives no value.
+    EXPECT_FALSE(decode(R"({"dueNotificationsEnabled": true, "taskRemindersEnabled": false})")
+                     ->taskRemindersEnabled);
+    EXPECT_TRUE(decode(R"({"taskRemindersEnabled": null, "dueNotificationsEnabled": true})")
+                    ->taskRemindersEnabled);
+    EXPECT_FALSE(
+        decode(R"({"taskRemindersEnabled": true, "dueNotificationsEnabled": "yes"})").ok());
 }
 
 TEST(PreferencesJson, OnlyListedCadencesAndAnchorsDecode) {

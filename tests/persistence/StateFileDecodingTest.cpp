@@ -1,5 +1,6 @@
 #include "persistence/StateFileDecoding.h"
 
+#include <cmath>
 #include <random>
 #include <string>
 
@@ -290,6 +291,99 @@ TEST(StateFileDecodingLegacyTest, BigOldFormatStillDecodes) {
     ASSERT_TRUE(decoded.ok()) << decoded.error();
     ASSERT_TRUE(std::holds_alternative<LegacyPersistedState>(decoded.value()));
     EXPECT_TRUE(std::get<LegacyPersistedState>(decoded.value()) == expected);
+}
+
+} // namespace
+} // namespace daywyn
+
+namespace daywyn {
+namespace {
+
+// A small state whose one report line's "actualSeconds" and first task's title are
+// easy to replace in the text.
+std::string smallStateText(PersistedState& state) {
+    state = bigState(3, 1);
+    state.tasks[0].title = "TITLE";
+    state.reports[0].tasks[0].actualSeconds = 4321.5;
+    return encodeStateFile(state);
+}
+
+TEST(StateFileHostileInputTest, EdgeNumbersAndRepeatedKeysReadAsBefore) {
+    PersistedState state;
+    const std::string text = smallStateText(state);
+    const auto actualSeconds = [&](std::string_view number) -> std::optional<double> {
+        std::string edited = text;
+        replaceOnce(edited, "4321.5", number);
+        const auto decoded = decodeStateFile(edited);
+        if (!decoded) {
+            return std::nullopt;
+        }
+        return std::get<PersistedState>(decoded.value()).reports[0].tasks[0].actualSeconds;
+    };
+    const auto minusZero = actualSeconds("-0");
+    ASSERT_TRUE(minusZero);
+    EXPECT_TRUE(std::signbit(*minusZero));
+    EXPECT_EQ(actualSeconds("0e88"), 0.0);
+    EXPECT_EQ(actualSeconds("12345678901234567890"), 12345678901234567890.0);
+    EXPECT_EQ(actualSeconds("0.30000000000000004"), 0.30000000000000004);
+    EXPECT_EQ(actualSeconds("1e999"), std::nullopt);
+
+    // An integer field takes integers of 64 bits only.
+    std::string longEstimate = text;
+    replaceOnce(longEstimate, "\"estimatedMinutes\": 15",
+                "\"estimatedMinutes\": 12345678901234567890");
+    EXPECT_FALSE(decodeStateFile(longEstimate).ok());
+
+    // Of a repeated key the first counts, in a record and at the top.
+    std::string repeated = text;
+    replaceOnce(repeated, "\"title\": \"TITLE\"", "\"title\": \"TITLE\", \"title\": 7");
+    replaceOnce(repeated, "\n  \"version\": 2",
+                "\n  \"tasks\": 5,\n  \"version\": 2,\n  \"version\": 1");
+    expectDecodesTo(repeated, state);
+
+    // An escaped NUL is a character like any other.
+    std::string escapedNul = text;
+    replaceOnce(escapedNul, "\"TITLE\"", "\"A\\u0000B\"");
+    PersistedState withNul = state;
+    withNul.tasks[0].title = std::string("A\0B", 3);
+    expectDecodesTo(escapedNul, withNul);
+}
+
+TEST(StateFileHostileInputTest, BrokenTextIsRefusedNeverHalfRead) {
+    PersistedState state;
+    const std::string text = smallStateText(state);
+    std::vector<std::pair<std::string, std::string>> cases;
+    for (std::size_t length : {std::size_t{1}, text.size() / 3, text.size() / 2, text.size() - 1}) {
+        cases.emplace_back("truncated to " + std::to_string(length), text.substr(0, length));
+    }
+    const auto edited = [&](std::string_view from, std::string_view to) {
+        std::string copy = text;
+        replaceOnce(copy, from, to);
+        return copy;
+    };
+    cases.emplace_back("a raw NUL in a string", edited("TITLE", std::string("TI\0LE", 5)));
+    cases.emplace_back("invalid UTF-8", edited("TITLE", "TI\xC3\x28LE"));
+    cases.emplace_back("a lone surrogate escape", edited("TITLE", "TI\\uDC00LE"));
+    cases.emplace_back("a missing comma",
+                       edited("\"title\": \"TITLE\"\n", "\"x\": 1 \"title\": \"TITLE\"\n"));
+    cases.emplace_back("text after the object", text + " {}");
+    // Members this version does not know are still checked, however they nest.
+    cases.emplace_back("a broken unknown member",
+                       edited("\n  \"version\"", "\n  \"later\": [1, 2 3],\n  \"version\""));
+    cases.emplace_back("a malformed number in an unknown member",
+                       edited("\n  \"version\"", "\n  \"later\": [01],\n  \"version\""));
+    cases.emplace_back("10,000 nested arrays",
+                       edited("\n  \"version\"", "\n  \"later\": " + std::string(10000, '[') +
+                                                     std::string(10000, ']') + ",\n  \"version\""));
+    for (const auto& [what, bytes] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_FALSE(decodeStateFile(bytes).ok());
+    }
+    // Unknown members of valid JSON are read past.
+    expectDecodesTo(
+        edited("\n  \"version\"",
+               "\n  \"later\": [[{\"a\": [null, true, -1.5e3, \"\\u00e9\"]}]],\n  \"version\""),
+        state);
 }
 
 } // namespace
