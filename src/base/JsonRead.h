@@ -128,6 +128,22 @@ bool readJsonArray(JsonDecoder& d, JsonValue& v, ReadElement&& readElement) {
     return true;
 }
 
+// A member's name. Names without escapes (nearly all) are taken from the text in place
+// rather than copied out.
+inline bool readJsonKey(JsonDecoder& d, simdjson::ondemand::field& field, std::string_view& key) {
+    // The text was checked as a whole before reading began, so the name ends in a quote.
+    const char* start = field.key().raw();
+    const char* end = start;
+    while (*end != '"' && *end != '\\') {
+        ++end;
+    }
+    if (*end == '"') {
+        key = std::string_view(start, static_cast<std::size_t>(end - start));
+        return true;
+    }
+    return d.check(field.unescaped_key().get(key));
+}
+
 // Objects: each member handed to readMember(key, JsonValue&) in the order written.
 template <typename ReadMember>
 bool readJsonObject(JsonDecoder& d, JsonValue& v, ReadMember&& readMember) {
@@ -138,7 +154,7 @@ bool readJsonObject(JsonDecoder& d, JsonValue& v, ReadMember&& readMember) {
     for (auto member : object) {
         simdjson::ondemand::field field;
         std::string_view key;
-        if (!d.check(std::move(member).get(field)) || !d.check(field.unescaped_key().get(key))) {
+        if (!d.check(std::move(member).get(field)) || !readJsonKey(d, field, key)) {
             return false;
         }
         JsonValue value = field.value();

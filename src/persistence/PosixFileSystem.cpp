@@ -46,6 +46,7 @@ int PosixFileSystem::readFile(const std::string& path, std::string& contents) {
     }
     // Sized from fstat, but read to the end in case the file grew meanwhile.
     contents.clear();
+    contents.reserve(static_cast<std::size_t>(info.st_size) + 1 + kReadFileSlack);
     contents.resize(static_cast<std::size_t>(info.st_size) + 1);
     std::size_t used = 0;
     for (;;) {

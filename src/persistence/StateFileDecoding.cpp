@@ -5,8 +5,12 @@
 #include "base/JsonFields.h"
 #include "model/RecordFields.h"
 #include "model/RecordJson.h"
+#include "persistence/FileSystem.h"
 
 namespace daywyn {
+
+static_assert(FileSystem::kReadFileSlack >= simdjson::SIMDJSON_PADDING,
+              "a file's bytes are read in place");
 
 namespace {
 
@@ -48,7 +52,7 @@ Result<LegacyTexts> findLegacyMembers(JsonInput& input) {
     for (auto member : root) {
         simdjson::ondemand::field field;
         std::string_view key;
-        if (!d.check(std::move(member).get(field)) || !d.check(field.unescaped_key().get(key))) {
+        if (!d.check(std::move(member).get(field)) || !readJsonKey(d, field, key)) {
             break;
         }
         JsonValue value = field.value();
@@ -127,8 +131,9 @@ Result<DecodedStateFile> decodeEarlierFormat(JsonInput& input) {
 // sorted), so each member is decoded in the current format as it comes. When one does
 // not decode, or the version turns out to be an old one, the file is read a second
 // time for the earlier format.
-Result<DecodedStateFile> decodeStateFile(std::string_view bytes) {
-    JsonInput input(bytes);
+namespace {
+
+Result<DecodedStateFile> decodeStateInput(JsonInput& input) {
     JsonDecoder d;
     simdjson::ondemand::document document;
     simdjson::ondemand::object root;
@@ -145,7 +150,7 @@ Result<DecodedStateFile> decodeStateFile(std::string_view bytes) {
     for (auto member : root) {
         simdjson::ondemand::field field;
         std::string_view key;
-        if (!d.check(std::move(member).get(field)) || !d.check(field.unescaped_key().get(key))) {
+        if (!d.check(std::move(member).get(field)) || !readJsonKey(d, field, key)) {
             break;
         }
         JsonValue value = field.value();
@@ -189,6 +194,18 @@ Result<DecodedStateFile> decodeStateFile(std::string_view bytes) {
     }
     state.version = *version;
     return DecodedStateFile(std::move(state));
+}
+
+} // namespace
+
+Result<DecodedStateFile> decodeStateFile(std::string_view bytes) {
+    JsonInput input(bytes);
+    return decodeStateInput(input);
+}
+
+Result<DecodedStateFile> decodeStateFile(const std::string& bytes) {
+    JsonInput input(bytes);
+    return decodeStateInput(input);
 }
 
 } // namespace daywyn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <variant>
 
@@ -16,5 +17,8 @@ using DecodedStateFile = std::variant<PersistedState, LegacyPersistedState>;
 // later: the current format, whose later versions load when their four members
 // decode; below 2: the earlier one). The bytes must be UTF-8 and one JSON object.
 Result<DecodedStateFile> decodeStateFile(std::string_view bytes);
+// The same, reading the bytes in place when the string has FileSystem::kReadFileSlack
+// bytes of spare capacity (as FileSystem::readFile leaves them).
+Result<DecodedStateFile> decodeStateFile(const std::string& bytes);
 
 } // namespace daywyn
