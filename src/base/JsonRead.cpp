@@ -26,6 +26,22 @@ std::string jsonSyntaxError(simdjson::error_code error) {
 }
 
 bool readJsonText(JsonDecoder& d, JsonValue& v, std::string_view& out) {
+    // A string without escapes (identifiers, dates, nearly every title) is its own text:
+    // taken where it stands instead of being copied out. The text was checked as a
+    // whole before reading began (UTF-8, no raw control characters), and no structural
+    // character falls inside a string, so the token holds the whole string.
+    const std::string_view token = v.raw_json_token();
+    if (!token.empty() && token.front() == '"') {
+        const auto end = token.find_first_of("\"\\", 1);
+        if (end != std::string_view::npos && token[end] == '"') {
+            simdjson::ondemand::raw_json_string raw;
+            if (!d.check(v.get_raw_json_string().get(raw))) {
+                return false;
+            }
+            out = token.substr(1, end - 1);
+            return true;
+        }
+    }
     return d.check(v.get_string().get(out));
 }
 
