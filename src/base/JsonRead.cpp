@@ -32,8 +32,11 @@ bool readJsonText(JsonDecoder& d, JsonValue& v, std::string_view& out) {
     // character falls inside a string, so the token holds the whole string.
     const std::string_view token = v.raw_json_token();
     if (!token.empty() && token.front() == '"') {
-        const auto end = token.find_first_of("\"\\", 1);
-        if (end != std::string_view::npos && token[end] == '"') {
+        std::size_t end = 1;
+        while (end < token.size() && token[end] != '"' && token[end] != '\\') {
+            ++end;
+        }
+        if (end < token.size() && token[end] == '"') {
             simdjson::ondemand::raw_json_string raw;
             if (!d.check(v.get_raw_json_string().get(raw))) {
                 return false;
