@@ -183,7 +183,9 @@ void NotificationManager::load() {
         bus_.isConnected() ? bus_.interface()->serviceOwner(kService).value() : QString();
     for (const ShownNotificationEntry& shown : decoded->shown) {
         const QString owner = QString::fromStdString(shown.server);
-        if (server.isEmpty() || owner != server) {
+        // An id that is no notification id (hand-edited, say) is dropped, not converted.
+        if (server.isEmpty() || owner != server || !(shown.id >= 0.0) ||
+            shown.id > static_cast<double>(std::numeric_limits<uint>::max())) {
             continue;
         }
         sent_[static_cast<uint>(shown.id)] = Sent{shown.identifier, shown.taskId, owner};
