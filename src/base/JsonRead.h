@@ -104,8 +104,9 @@ bool readJsonText(JsonDecoder& d, JsonValue& v, std::string_view& out);
 bool readJsonNull(JsonDecoder& d, JsonValue& v);
 
 // Walks a value of any type, checking the syntax of everything in it (a value read
-// past without a look could hide a fault). Deeper than kMaxJsonDepth is refused.
-inline constexpr int kMaxJsonDepth = 1024;
+// past without a look could hide a fault). Deeper than kMaxJsonDepth is refused: well
+// within the parser's own limit of 1024 levels, counted from the document's root.
+inline constexpr int kMaxJsonDepth = 512;
 bool skipJson(JsonDecoder& d, JsonValue& v, int depth = 0);
 
 // True when nothing but whitespace follows the document's root value.
