@@ -8,17 +8,18 @@ JsonInput::JsonInput(std::string_view text)
     : copy_(text.data(), text.size())
     , view_(copy_) {}
 
-JsonInput::JsonInput(const std::string& text) {
-    if (text.capacity() - text.size() >= simdjson::SIMDJSON_PADDING) {
-        view_ = simdjson::padded_string_view(text.data(), text.size(), text.capacity());
+JsonInput::JsonInput(const char* data, std::size_t size, std::size_t readable, JsonParser& parser)
+    : parser_(&parser.parser) {
+    if (readable - size >= simdjson::SIMDJSON_PADDING) {
+        view_ = simdjson::padded_string_view(data, size, readable);
     } else {
-        copy_ = simdjson::padded_string(text.data(), text.size());
+        copy_ = simdjson::padded_string(data, size);
         view_ = simdjson::padded_string_view(copy_);
     }
 }
 
 bool JsonInput::iterate(JsonDecoder& d, simdjson::ondemand::document& document) {
-    return d.checkSyntax(parser_.iterate(view_).get(document));
+    return d.checkSyntax(parser_->iterate(view_).get(document));
 }
 
 std::string jsonSyntaxError(simdjson::error_code error) {
@@ -99,6 +100,15 @@ bool readJson(JsonDecoder& d, JsonValue& v, long long& out) {
         return false;
     }
     out = value;
+    return true;
+}
+
+bool readJson(JsonDecoder& d, JsonValue& v, long& out) {
+    std::int64_t value = 0;
+    if (!d.check(v.get_int64().get(value))) {
+        return false;
+    }
+    out = static_cast<long>(value);
     return true;
 }
 

@@ -20,13 +20,21 @@ using JsonValue = simdjson::ondemand::value;
 
 class JsonDecoder;
 
+// A parser kept from one document to the next. simdjson indexes the whole text before
+// reading it (about four bytes per byte of text); a kept parser reuses the memory the
+// last document needed instead of having fresh pages mapped and faulted in each time.
+struct JsonParser {
+    simdjson::ondemand::parser parser;
+};
+
 // The text of one document with the zeroed tail simdjson reads past the end, and the
 // parser walking it. Texts whose buffer already has room for the tail are not copied.
 class JsonInput {
 public:
     explicit JsonInput(std::string_view text);
-    // A std::string's spare capacity counts as the tail.
-    explicit JsonInput(const std::string& text);
+    // Text already followed by the tail: `readable` bytes from `data` may be read; read
+    // with the given parser.
+    JsonInput(const char* data, std::size_t size, std::size_t readable, JsonParser& parser);
 
     JsonInput(const JsonInput&) = delete;
     JsonInput& operator=(const JsonInput&) = delete;
@@ -38,7 +46,8 @@ public:
 private:
     simdjson::padded_string copy_;
     simdjson::padded_string_view view_;
-    simdjson::ondemand::parser parser_;
+    JsonParser own_;
+    simdjson::ondemand::parser* parser_ = &own_.parser;
 };
 
 // "Invalid JSON: <reason>".
@@ -96,6 +105,7 @@ bool readJson(JsonDecoder& d, JsonValue& v, Uuid& out);
 bool readJson(JsonDecoder& d, JsonValue& v, Instant& out);
 bool readJson(JsonDecoder& d, JsonValue& v, bool& out);
 bool readJson(JsonDecoder& d, JsonValue& v, long long& out);
+bool readJson(JsonDecoder& d, JsonValue& v, long& out);
 bool readJson(JsonDecoder& d, JsonValue& v, int& out);
 bool readJson(JsonDecoder& d, JsonValue& v, double& out);
 // A text read through its own parser; the view is valid until the next read.
@@ -115,11 +125,7 @@ bool jsonAtEnd(simdjson::ondemand::document& document);
 // Arrays: each element handed to readElement(JsonValue&); false on the first element
 // it refuses or on a syntax error.
 template <typename ReadElement>
-bool readJsonArray(JsonDecoder& d, JsonValue& v, ReadElement&& readElement) {
-    simdjson::ondemand::array array;
-    if (!d.check(v.get_array().get(array))) {
-        return false;
-    }
+bool readJsonElements(JsonDecoder& d, simdjson::ondemand::array& array, ReadElement&& readElement) {
     for (auto element : array) {
         JsonValue value;
         if (!d.check(std::move(element).get(value)) || !readElement(value)) {
@@ -127,6 +133,13 @@ bool readJsonArray(JsonDecoder& d, JsonValue& v, ReadElement&& readElement) {
         }
     }
     return true;
+}
+
+template <typename ReadElement>
+bool readJsonArray(JsonDecoder& d, JsonValue& v, ReadElement&& readElement) {
+    simdjson::ondemand::array array;
+    return d.check(v.get_array().get(array)) &&
+           readJsonElements(d, array, std::forward<ReadElement>(readElement));
 }
 
 // A member's name. Names without escapes (nearly all) are taken from the text in place

@@ -1,5 +1,7 @@
 #include "model/RecordJson.h"
 
+#include <algorithm>
+
 #include "base/JsonFields.h"
 #include "model/RecordFields.h"
 
@@ -263,15 +265,26 @@ bool decodeList(JsonDecoder& d, JsonValue& v, std::string_view noun, std::string
                 std::vector<T>& out) {
     std::size_t count = 0;
     bool inElement = false;
-    const bool read = readJsonArray(d, v, [&](JsonValue& element) {
-        ++count;
-        inElement = true;
-        if (!decodeFields(d, element, out.emplace_back())) {
-            return false;
-        }
-        inElement = false;
-        return true;
-    });
+    simdjson::ondemand::array array;
+    bool read = d.check(v.get_array().get(array));
+    // Counted first (a walk over the parser's index, nothing decoded), so that the
+    // records are built once in a list of their final size rather than moved to fresh
+    // memory each time the list grows. Capped, since a short hostile text can hold a
+    // great many empty elements that fail at the first.
+    constexpr std::size_t kMostReserved = 1 << 16;
+    std::size_t length = 0;
+    if (read && array.count_elements().get(length) == simdjson::SUCCESS) {
+        out.reserve(out.size() + std::min(length, kMostReserved));
+    }
+    read = read && readJsonElements(d, array, [&](JsonValue& element) {
+               ++count;
+               inElement = true;
+               if (!decodeFields(d, element, out.emplace_back())) {
+                   return false;
+               }
+               inElement = false;
+               return true;
+           });
     if (read) {
         return true;
     }

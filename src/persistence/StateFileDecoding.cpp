@@ -5,12 +5,10 @@
 #include "base/JsonFields.h"
 #include "model/RecordFields.h"
 #include "model/RecordJson.h"
-#include "persistence/FileSystem.h"
 
 namespace daywyn {
 
-static_assert(FileSystem::kReadFileSlack >= simdjson::SIMDJSON_PADDING,
-              "a file's bytes are read in place");
+static_assert(FileBytes::kSlack >= simdjson::SIMDJSON_PADDING, "a file's bytes are read in place");
 
 namespace {
 
@@ -203,8 +201,8 @@ Result<DecodedStateFile> decodeStateFile(std::string_view bytes) {
     return decodeStateInput(input);
 }
 
-Result<DecodedStateFile> decodeStateFile(const std::string& bytes) {
-    JsonInput input(bytes);
+Result<DecodedStateFile> decodeStateFile(const FileBytes& bytes, JsonParser& parser) {
+    JsonInput input(bytes.data(), bytes.size(), bytes.readable(), parser);
     return decodeStateInput(input);
 }
 
