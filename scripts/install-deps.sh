@@ -9,6 +9,8 @@ packages=(
   g++ cmake ninja-build pkg-config make git clang-format
   # core libraries
   libicu-dev rapidjson-dev
+  # reading every JSON document (On-Demand parser)
+  libsimdjson-dev
   # tests, benchmarks, fuzzing
   libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev python3
   # desktop app

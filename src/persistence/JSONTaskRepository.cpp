@@ -9,6 +9,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "base/JsonRead.h"
 #include "model/RecordJson.h"
 #include "persistence/AtomicFile.h"
 #include "persistence/StateFileDecoding.h"
@@ -126,11 +127,14 @@ Result<std::optional<PersistedState>> JSONTaskRepository::load() {
         fs_->moveNoReplace(filePath_, directory_ + "/" + name);
         return Error{corruptFileMessage(name)};
     };
-    std::string bytes;
+    FileBytes bytes;
     if (fs_->readFile(filePath_, bytes) != 0) {
         return moveAside();
     }
-    auto decoded = decodeStateFile(bytes);
+    if (!parser_) {
+        parser_ = std::make_unique<JsonParser>();
+    }
+    auto decoded = decodeStateFile(bytes, *parser_);
     if (!decoded) {
         return moveAside();
     }

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "base/Json.h"
 #include "support/FakeRepository.h"
+#include "support/JsonTree.h"
 #include "support/TaskBuilder.h"
 
 namespace daywyn {

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "base/Json.h"
+#include "support/JsonTree.h"
 #include "support/Process.h"
 
 namespace daywyn {
