@@ -120,3 +120,12 @@ endforeach()
 # through libical (both only in src/calendar/qt/).
 pkg_check_modules(DAYWYN_CALENDARS REQUIRED IMPORTED_TARGET libecal-2.0 libical)
 target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_CALENDARS)
+
+# Google accounts are kept in the desktop's Secret Service (libsecret).
+pkg_check_modules(DAYWYN_SECRET REQUIRED IMPORTED_TARGET libsecret-1)
+target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_SECRET)
+# A build may carry its Google desktop registration file from outside the source tree.
+set(DAYWYN_GOOGLE_REGISTRATION "" CACHE FILEPATH
+    "Google desktop client registration (JSON) used when the user's config folder has none")
+target_compile_definitions(daywyn_app PRIVATE
+    DAYWYN_GOOGLE_REGISTRATION="${DAYWYN_GOOGLE_REGISTRATION}")

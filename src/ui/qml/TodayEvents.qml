@@ -8,7 +8,7 @@ ColumnLayout {
     spacing: 4
     readonly property var events: calendarManager.todayEvents
     readonly property var reasons: calendarManager.explanations
-    visible: calendarManager.integrationEnabled && (events.length > 0 || reasons.length > 0 || calendarManager.errorMessage !== "")
+    visible: (calendarManager.integrationEnabled || events.length > 0) && (events.length > 0 || reasons.length > 0 || calendarManager.errorMessage !== "")
 
     RowLayout {
         Layout.fillWidth: true
