@@ -2,6 +2,7 @@
 
 #include <QDesktopServices>
 #include <QFile>
+#include <QProcess>
 #include <QStandardPaths>
 #include <QVariantMap>
 
@@ -34,10 +35,9 @@ GoogleCalendarManager* GoogleCalendarManager::forThisDesktop(Calendar calendar, 
     auto* http = new NetworkGoogleHttp(parent);
     auto secrets =
         std::make_unique<SecretServiceStore>("com.daywyn.google-calendar", "accounts.v1");
-    auto* manager = new GoogleCalendarManager(
-        *http, *secrets, GoogleEndpoints{}, std::move(calendar), std::move(clock),
-        loadGoogleRegistration, [](const QUrl& url) { return QDesktopServices::openUrl(url); },
-        parent);
+    auto* manager =
+        new GoogleCalendarManager(*http, *secrets, GoogleEndpoints{}, std::move(calendar),
+                                  std::move(clock), loadGoogleRegistration, openInBrowser, parent);
     manager->ownedSecrets_ = std::move(secrets);
     // The client goes with the manager, after it.
     http->setParent(manager);
@@ -318,6 +318,14 @@ QString GoogleCalendarManager::errorMessageText() const {
 QString GoogleCalendarManager::registrationProblem() const {
     const auto registration = registration_();
     return registration.ok() ? QString() : QString::fromStdString(registration.error());
+}
+
+bool openInBrowser(const QUrl& url) {
+    // Without a desktop integration of its own (a minimal or offscreen platform) Qt
+    // opens nothing; xdg-open is what it would use anyway.
+    return QDesktopServices::openUrl(url) ||
+           QProcess::startDetached(QStringLiteral("xdg-open"),
+                                   {QString::fromUtf8(url.toEncoded())});
 }
 
 Result<GoogleClientRegistration> loadGoogleRegistration() {

@@ -117,4 +117,7 @@ private:
 // desktop registration." when neither reads.
 Result<GoogleClientRegistration> loadGoogleRegistration();
 
+// Opens the address in the user's default browser; false when nothing could.
+bool openInBrowser(const QUrl& url);
+
 } // namespace daywyn
