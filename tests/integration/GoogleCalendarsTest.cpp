@@ -7,16 +7,22 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QProcess>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickView>
 #include <QSslConfiguration>
 #include <QTemporaryDir>
+#include <QTest>
 #include <gtest/gtest.h>
 
+#include "app/qt/AppEnvironment.h"
 #include "calendar/qt/GoogleCalendarManager.h"
 #include "calendar/qt/NetworkGoogleHttp.h"
 #include "calendar/qt/SecretServiceStore.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/FakeGoogleServer.h"
 #include "support/qt/QtTestSupport.h"
+#include "ui/qt/SettingsWindow.h"
 
 namespace daywyn {
 namespace {
@@ -55,6 +61,43 @@ QString keyringItem() {
                   QStringLiteral("accounts.v1")});
     lookup.waitForFinished(10'000);
     return QString::fromUtf8(lookup.readAllStandardOutput());
+}
+
+// The texts of every item under `item`, depth first.
+void collectTexts(QQuickItem* item, QStringList& texts) {
+    const QVariant text = item->property("text");
+    if (text.isValid() && item->isVisible()) {
+        texts << text.toString();
+    }
+    for (QQuickItem* child : item->childItems()) {
+        collectTexts(child, texts);
+    }
+}
+
+// The Calendars settings page as the app shows it, bound to `google`: what it says, and
+// a picture of it when DAYWYN_GOOGLE_SCREENSHOTS names a folder
+// (scripts/google-screenshots.sh runs this test on a virtual display for that).
+QStringList calendarsPageTexts(GoogleCalendarManager& google) {
+    AppEnvironment environment(
+        nullptr, Calendar(), [] { return Instant{}; }, false);
+    environment.engine().rootContext()->setContextProperty(QStringLiteral("googleCalendars"),
+                                                           &google);
+    SettingsWindow& settings = environment.settingsWindow();
+    settings.show(QStringLiteral("calendars"));
+    QQuickWindow& window = *settings.window();
+    QStringList texts;
+    if (!test::waitUntil(
+            [&] { return test::findItem(window, QStringLiteral("connectGoogleButton")); })) {
+        return texts;
+    }
+    QTest::qWait(200);
+    collectTexts(window.contentItem(), texts);
+    if (const QString folder = qEnvironmentVariable("DAYWYN_GOOGLE_SCREENSHOTS");
+        !folder.isEmpty()) {
+        QDir().mkpath(folder);
+        window.grabWindow().save(QDir(folder).filePath(QStringLiteral("calendars-google.png")));
+    }
+    return texts;
 }
 
 class GoogleCalendarsTest : public ::testing::Test {
@@ -144,6 +187,12 @@ TEST_F(GoogleCalendarsTest, TwoAccountsSignInRefreshAndOneFailsWhileTheOtherKeep
     EXPECT_EQ(google.account(1).tokenRefreshes, 0);
     EXPECT_EQ(manager->accounts()[0].accessToken, "at-111-1");
     EXPECT_EQ(manager->events().size(), 10U);
+
+    const QStringList texts = calendarsPageTexts(*manager);
+    for (const char* shown : {"Connect Google Account", "ama@example.com", "kofi@example.com",
+                              "ama 0", "kofi 4", "Disconnect"}) {
+        EXPECT_TRUE(texts.contains(QString::fromUtf8(shown))) << shown;
+    }
 
     // Kofi's calendar answers 500: Ama's fresh events and his last good ones remain.
     google.account(1).failEvents = true;

@@ -124,7 +124,8 @@ void FakeGoogleServer::onReadable(QSslSocket* socket) {
     }
     const QByteArray body = buffer.mid(end + 4, length);
     const QList<QByteArray> requestLine = head.left(head.indexOf("\r\n")).split(' ');
-    received_.erase(found);
+    // The connection stays open for the client's next request, as Google's do.
+    buffer.remove(0, end + 4 + length);
     if (requestLine.size() != 3) {
         socket->disconnectFromHost();
         return;
@@ -138,12 +139,9 @@ void FakeGoogleServer::onReadable(QSslSocket* socket) {
         reply += "Location: " + answer.location + "\r\n";
     }
     reply += "Content-Type: application/json; charset=utf-8\r\nContent-Length: " +
-             QByteArray::number(answer.body.size()) + "\r\nConnection: close\r\n\r\n" + answer.body;
+             QByteArray::number(answer.body.size()) + "\r\n\r\n" + answer.body;
     // The socket is the timer's context: a client gone meanwhile cancels the answer.
-    QTimer::singleShot(latency_, socket, [socket, reply] {
-        socket->write(reply);
-        socket->disconnectFromHost();
-    });
+    QTimer::singleShot(latency_, socket, [socket, reply] { socket->write(reply); });
 }
 
 FakeGoogleServer::Account* FakeGoogleServer::byBearer(const QByteArray& headers) {
