@@ -36,6 +36,8 @@ packages=(
   x11-xserver-utils
   # system calendars: Evolution Data Server through libecal, .ics folders through libical
   libecal2.0-dev libical-dev evolution-data-server
+  # Google accounts in the Secret Service; the keyring and secret-tool for its tests
+  libsecret-1-dev gnome-keyring libsecret-tools curl
   # voice capture: on-device speech recognition, and the speech and virtual
   # microphone the voice tests record with
   libpocketsphinx-dev pocketsphinx-en-us pocketsphinx-testdata flite sox pulseaudio pulseaudio-utils

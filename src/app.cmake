@@ -150,3 +150,12 @@ target_link_options(daywyn-calendars PRIVATE -Wl,--exclude-libs,ALL -Wl,-z,defs)
 daywyn_warnings(daywyn-calendars)
 add_dependencies(daywyn daywyn-calendars)
 install(TARGETS daywyn-calendars LIBRARY DESTINATION ${DAYWYN_APP_INSTALL_DIR})
+
+# Google accounts are kept in the desktop's Secret Service (libsecret).
+pkg_check_modules(DAYWYN_SECRET REQUIRED IMPORTED_TARGET libsecret-1)
+target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_SECRET)
+# A build may carry its Google desktop registration file from outside the source tree.
+set(DAYWYN_GOOGLE_REGISTRATION "" CACHE FILEPATH
+    "Google desktop client registration (JSON) used when the user's config folder has none")
+target_compile_definitions(daywyn_app PRIVATE
+    DAYWYN_GOOGLE_REGISTRATION="${DAYWYN_GOOGLE_REGISTRATION}")

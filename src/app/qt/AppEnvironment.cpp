@@ -9,6 +9,7 @@
 #include "calendar/CombinedCalendarSource.h"
 #include "calendar/qt/CalendarManager.h"
 #include "calendar/qt/EdsCalendarSource.h"
+#include "calendar/qt/GoogleCalendarManager.h"
 #include "calendar/qt/IcsFolderCalendarSource.h"
 #include "persistence/JSONTaskRepository.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
@@ -62,6 +63,9 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     calendarSources_ = std::make_unique<CombinedCalendarSource>(
         std::vector<CalendarSource*>{edsCalendars_, icsCalendars_});
     calendarManager_ = new CalendarManager(*calendarSources_, calendar_, clock_, this);
+    googleCalendars_ = GoogleCalendarManager::forThisDesktop(calendar_, clock_, this);
+    connect(googleCalendars_, &GoogleCalendarManager::eventsChanged, calendarManager_,
+            [this] { calendarManager_->setOtherEvents(googleCalendars_->events()); });
     voiceCapture_ = VoiceCaptureManager::forThisDesktop(this);
     voiceReview_ = new VoiceReviewController(
         *voiceCapture_,
@@ -93,6 +97,11 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     updates_ = new AppUpdateManager(updateOptions, this);
     connect(drawerController_, &EdgePanelController::isVisibleChanged, today_,
             [this] { today_->setLive(drawerController_->isVisible()); });
+    connect(drawerController_, &EdgePanelController::isVisibleChanged, googleCalendars_, [this] {
+        if (drawerController_->isVisible()) {
+            googleCalendars_->refreshIfNeeded();
+        }
+    });
 
     maintenanceTimer_.setInterval(maintenanceIntervalMilliseconds);
     // Coarse: a pass a few hundred milliseconds late costs nothing and lets the system
@@ -123,6 +132,8 @@ AppEnvironment::~AppEnvironment() {
     voiceWindow_ = nullptr;
     engine_.reset();
     // The screens are gone; the manager reads through the sources, which go after it.
+    delete googleCalendars_;
+    googleCalendars_ = nullptr;
     delete calendarManager_;
     calendarManager_ = nullptr;
     delete edsCalendars_;
@@ -149,6 +160,7 @@ QQmlEngine& AppEnvironment::engine() {
         context->setContextProperty(QStringLiteral("notifications"), notificationManager_);
         context->setContextProperty(QStringLiteral("drawerReminders"), drawerReminders_);
         context->setContextProperty(QStringLiteral("calendarManager"), calendarManager_);
+        context->setContextProperty(QStringLiteral("googleCalendars"), googleCalendars_);
         context->setContextProperty(QStringLiteral("quickCapture"), quickCapture_);
         context->setContextProperty(QStringLiteral("launchAtLogin"), launchAtLogin_);
         context->setContextProperty(QStringLiteral("systemSettings"), systemSettings_);
@@ -193,6 +205,7 @@ void AppEnvironment::start() {
     voiceWindow_ = new VoiceCaptureWindow(engine(), *voiceReview_, this);
     notificationManager_->configure(drawerController_);
     calendarManager_->configure(store_.get());
+    googleCalendars_->restore();
     launchAtLogin_->refresh();
 
     // The listener reaches the controllers weakly: it never keeps one alive, and a
@@ -235,8 +248,8 @@ void AppEnvironment::onPrepareForSleep(bool goingToSleep) {
 }
 
 void AppEnvironment::performMaintenance() {
-    // Google calendars refresh first here once connected accounts exist.
     const Instant now = clock_();
+    googleCalendars_->refreshIfNeeded();
     store_->generateDueReportIfNeeded(now, calendar_);
     // A notification timer that stood still through a suspend delivers now.
     notificationManager_->catchUp();

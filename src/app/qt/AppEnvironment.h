@@ -19,6 +19,7 @@ class CalendarManager;
 class CombinedCalendarSource;
 class CompletedHistoryModel;
 class EdsCalendarSource;
+class GoogleCalendarManager;
 class IcsFolderCalendarSource;
 class DrawerReminderCoordinator;
 class EdgePanelController;
@@ -87,6 +88,8 @@ public:
     DrawerReminderCoordinator& drawerReminders() { return *drawerReminders_; }
     // Today's events from the desktop's calendars.
     CalendarManager& calendarManager() { return *calendarManager_; }
+    // Connected Google accounts; their events reach the drawer through calendarManager().
+    GoogleCalendarManager& googleCalendars() { return *googleCalendars_; }
     TodayModel& today() { return *today_; }
     // Update checks and downloads, shown on the About page.
     AppUpdateManager& updates() { return *updates_; }
@@ -117,6 +120,7 @@ private:
     IcsFolderCalendarSource* icsCalendars_ = nullptr;
     std::unique_ptr<CombinedCalendarSource> calendarSources_;
     CalendarManager* calendarManager_ = nullptr;
+    GoogleCalendarManager* googleCalendars_ = nullptr;
     QuickCaptureController* quickCapture_ = nullptr;
     LaunchAtLoginController* launchAtLogin_ = nullptr;
     SystemSettingsNavigator* systemSettings_ = nullptr;

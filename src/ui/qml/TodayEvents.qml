@@ -19,7 +19,7 @@ ColumnLayout {
     }
     readonly property var events: calendarManager.todayEvents
     readonly property var reasons: calendarManager.explanations
-    visible: calendarManager.integrationEnabled && (events.length > 0 || reasons.length > 0 || calendarManager.errorMessage !== "")
+    visible: (calendarManager.integrationEnabled || events.length > 0) && (events.length > 0 || reasons.length > 0 || calendarManager.errorMessage !== "")
 
     RowLayout {
         Layout.fillWidth: true
