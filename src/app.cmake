@@ -52,9 +52,10 @@ file(RELATIVE_PATH DAYWYN_LIBEXEC_FROM_BINDIR /prefix/${CMAKE_INSTALL_BINDIR}
 target_compile_definitions(daywyn PRIVATE DAYWYN_LIBEXEC_FROM_BINDIR="${DAYWYN_LIBEXEC_FROM_BINDIR}")
 # sd-bus is loaded with dlopen by the verbs that need it: only its header is used here.
 target_include_directories(daywyn SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
-# A verb is a short process, so its start-up is most of its cost: ICU and the C++
-# library are linked in statically (the dynamic loader then maps and resolves only
-# libc and libm), and the shared ICU named by daywyn_core is dropped by --as-needed.
+# A verb is a short process, so its start-up is most of its cost: ICU is linked in
+# statically, and the shared ICU named by daywyn_core is dropped by --as-needed. The C++
+# library stays shared: simdjson (Debian ships it shared only) and the calendar module
+# bring it anyway, and one process must hold one C++ runtime.
 # Linked at a fixed address: as a position-independent program it would first patch
 # ICU's 10,000 tables of pointers at every start, which took as long as everything
 # else `daywyn --version` does.
@@ -63,7 +64,7 @@ find_library(DAYWYN_ICUUC_STATIC libicuuc.a REQUIRED)
 find_library(DAYWYN_ICUDATA_STATIC libicudata.a REQUIRED)
 target_link_libraries(daywyn PRIVATE daywyn_core
     ${DAYWYN_ICUI18N_STATIC} ${DAYWYN_ICUUC_STATIC} ${DAYWYN_ICUDATA_STATIC} ${CMAKE_DL_LIBS})
-target_link_options(daywyn PRIVATE -no-pie -static-libstdc++ -static-libgcc
+target_link_options(daywyn PRIVATE -no-pie
     -Wl,--as-needed -Wl,-O1 -Wl,--gc-sections)
 daywyn_warnings(daywyn)
 set_target_properties(daywyn PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR} AUTOMOC OFF)

@@ -11,18 +11,18 @@ CalendarSnapshot SystemCalendars::readCalendars(const CalendarQuery& query) {
     using Read = void (*)(const CalendarQuery&, const Calendar&, CalendarSnapshot&);
     CalendarSnapshot snapshot;
     // Beside daywyn-app: in the build tree and in the installed libexec folder.
-    const std::string app = desktopAppPath();
-    const std::string module = app.substr(0, app.rfind('/') + 1) + "daywyn-calendars.so";
+    const std::string module = helperProgramPath("daywyn-calendars.so");
     // Never closed: GLib's types cannot be unloaded.
-    void* handle = app.empty() ? nullptr : ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* handle = module.empty() ? nullptr : ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     auto read = handle == nullptr
                     ? nullptr
                     : reinterpret_cast<Read>(::dlsym(handle, "daywynReadSystemCalendars"));
     if (read == nullptr) {
         const char* why = ::dlerror();
         snapshot.status = CalendarAccessStatus::unavailable;
-        snapshot.errorMessage = "Daywyn could not load its calendar reader (" +
-                                (why != nullptr ? std::string(why) : module) + ").";
+        snapshot.errorMessage =
+            "Daywyn could not load its calendar reader (" +
+            (why != nullptr ? std::string(why) : std::string("daywyn-calendars.so")) + ").";
         return snapshot;
     }
     read(query, calendar_, snapshot);
