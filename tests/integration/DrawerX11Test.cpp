@@ -2,6 +2,8 @@
 // driven with xdotool and xrandr as a user's mouse, keyboard and monitor settings
 // drive it: the handle opens the drawer ready for typing, and a resolution change
 // never strands the drawer off screen.
+#include <memory>
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -18,6 +20,7 @@
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
 #include "support/TaskBuilder.h"
+#include "support/qt/PrivateDesktop.h"
 #include "support/qt/QtTestSupport.h"
 
 namespace daywyn {
@@ -34,38 +37,9 @@ protected:
                 return;
             }
         }
-        // -displayfd picks a free display and writes its number once the server
-        // listens; a server from the previous test may still hold one, so retry.
-        QString number;
-        for (int attempt = 0; attempt < 3 && !number.contains(QLatin1Char('\n')); ++attempt) {
-            stop(xvfb);
-            delete xvfb;
-            xvfb = new QProcess;
-            xvfb->start(QStringLiteral("Xvfb"),
-                        {QStringLiteral("-displayfd"), QStringLiteral("1"),
-                         QStringLiteral("-screen"), QStringLiteral("0"),
-                         QStringLiteral("1440x900x24"), QStringLiteral("-nolisten"),
-                         QStringLiteral("tcp")});
-            number.clear();
-            eventually(
-                [&] {
-                    xvfb->waitForReadyRead(50);
-                    number += QString::fromLatin1(xvfb->readAllStandardOutput());
-                    return number.contains(QLatin1Char('\n')) ||
-                           xvfb->state() == QProcess::NotRunning;
-                },
-                10);
-        }
-        environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("DISPLAY"), QLatin1Char(':') + number.trimmed());
-        windowManager = new QProcess;
-        windowManager->setProcessEnvironment(environment);
-        windowManager->start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
-        ready = eventually([] {
-            return run(QStringLiteral("xprop"),
-                       {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTED")})
-                .contains(QLatin1String("_NET_ACTIVE_WINDOW"));
-        });
+        desktop = std::make_unique<test::PrivateDesktop>(QStringLiteral("1440x900x24"));
+        environment = desktop->environment();
+        ready = desktop->ready();
         // A small netbook mode the test can switch the screen to and back.
         run(QStringLiteral("xrandr"),
             QStringLiteral("--newmode 1024x600 0 1024 0 0 0 600 0 0 0").split(QLatin1Char(' ')));
@@ -73,22 +47,12 @@ protected:
             QStringLiteral("--addmode screen 1024x600").split(QLatin1Char(' ')));
     }
 
-    static void TearDownTestSuite() {
-        for (QProcess* process : {windowManager, xvfb}) {
-            stop(process);
-            delete process;
-        }
-        windowManager = xvfb = nullptr;
-    }
+    static void TearDownTestSuite() { desktop.reset(); }
 
     static void stop(QProcess* process) { test::stopProcess(process); }
 
     static QString run(const QString& program, const QStringList& args) {
-        QProcess tool;
-        tool.setProcessEnvironment(environment);
-        tool.start(program, args);
-        tool.waitForFinished(10000);
-        return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
+        return desktop->run(program, args);
     }
     static QString xdotool(const QString& args) {
         return run(QStringLiteral("xdotool"), args.split(QLatin1Char(' ')));
@@ -99,7 +63,7 @@ protected:
             GTEST_SKIP() << missingTool
                          << " is not installed (scripts/install-deps.sh installs it).";
         }
-        ASSERT_TRUE(ready) << "Xvfb with openbox did not start";
+        ASSERT_TRUE(ready) << desktop->failure().toStdString();
     }
     void TearDown() override {
         stop(&app);
@@ -189,8 +153,7 @@ protected:
     }
 
     static inline const char* missingTool = nullptr;
-    static inline QProcess* xvfb = nullptr;
-    static inline QProcess* windowManager = nullptr;
+    static inline std::unique_ptr<test::PrivateDesktop> desktop;
     static inline QProcessEnvironment environment;
     static inline bool ready = false;
     QTemporaryDir config;

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
 
+#include "support/qt/PrivateDesktop.h"
 #include "support/qt/QtTestSupport.h"
 
 namespace daywyn {
@@ -48,34 +49,13 @@ protected:
                 return;
             }
         }
-        xvfb = new QProcess;
-        // -displayfd picks a free display number and writes it once the server listens.
-        xvfb->start(QStringLiteral("Xvfb"),
-                    {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                     QStringLiteral("0"), QStringLiteral("1280x800x24"),
-                     QStringLiteral("-nolisten"), QStringLiteral("tcp")});
-        QString number;
-        eventually([&] {
-            xvfb->waitForReadyRead(50);
-            number += QString::fromLatin1(xvfb->readAllStandardOutput());
-            return number.contains(QLatin1Char('\n'));
-        });
-        display = QLatin1Char(':') + number.trimmed();
-        environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("DISPLAY"), display);
-        windowManager = new QProcess;
-        windowManager->setProcessEnvironment(environment);
-        windowManager->start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
-        ready = eventually([] { return supportsEwmh(); });
+        desktop = std::make_unique<test::PrivateDesktop>(QStringLiteral("1280x800x24"));
+        display = desktop->display();
+        environment = desktop->environment();
+        ready = desktop->ready();
     }
 
-    static void TearDownTestSuite() {
-        for (QProcess* process : {windowManager, xvfb}) {
-            stop(process);
-            delete process;
-        }
-        windowManager = xvfb = nullptr;
-    }
+    static void TearDownTestSuite() { desktop.reset(); }
 
     static void stop(QProcess* process) { test::stopProcess(process); }
 
@@ -84,7 +64,7 @@ protected:
             GTEST_SKIP() << missingTool
                          << " is not installed (scripts/install-deps.sh installs it).";
         }
-        ASSERT_TRUE(ready) << "Xvfb with openbox did not start on " << display.toStdString();
+        ASSERT_TRUE(ready) << desktop->failure().toStdString();
     }
 
     void TearDown() override {
@@ -94,17 +74,7 @@ protected:
 
     // Runs a tool on the private display and returns its standard output.
     static std::string run(const QString& program, const QStringList& args) {
-        QProcess tool;
-        tool.setProcessEnvironment(environment);
-        tool.start(program, args);
-        tool.waitForFinished(10000);
-        return tool.readAllStandardOutput().toStdString();
-    }
-
-    static bool supportsEwmh() {
-        return run(QStringLiteral("xprop"),
-                   {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTED")})
-                   .find("_NET_ACTIVE_WINDOW") != std::string::npos;
+        return desktop->run(program, args).toStdString();
     }
 
     // Runs xdotool on the private display; its standard output, trimmed.
@@ -173,8 +143,7 @@ protected:
     }
 
     static inline const char* missingTool = nullptr;
-    static inline QProcess* xvfb = nullptr;
-    static inline QProcess* windowManager = nullptr;
+    static inline std::unique_ptr<test::PrivateDesktop> desktop;
     static inline QString display;
     static inline QProcessEnvironment environment;
     static inline bool ready = false;
