@@ -21,7 +21,7 @@
 #include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/QuickCaptureFocus.h"
 #include "shell/qt/SystemSettingsNavigator.h"
-#include "shell/qt/UserSettings.h"
+#include "persistence/qt/UserSettings.h"
 #include "ui/qt/CompletedHistoryModel.h"
 #include "ui/qt/OnboardingWindow.h"
 #include "ui/qt/SessionHistoryModel.h"

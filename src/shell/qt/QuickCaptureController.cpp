@@ -14,7 +14,7 @@
 #include "shell/QuickAddPlacement.h"
 #include "shell/qt/GlobalShortcut.h"
 #include "shell/qt/QuickCaptureFocus.h"
-#include "shell/qt/UserSettings.h"
+#include "persistence/qt/UserSettings.h"
 #include "store/AddFromLine.h"
 #include "store/TodayTaskStore.h"
 

@@ -4,7 +4,7 @@
 #include <QQuickView>
 #include <QScreen>
 
-#include "shell/qt/UserSettings.h"
+#include "persistence/qt/UserSettings.h"
 
 namespace daywyn {
 

@@ -11,7 +11,7 @@
 #include "app/qt/AppEnvironment.h"
 #include "shell/qt/GlobalShortcut.h"
 #include "shell/qt/QuickCaptureFocus.h"
-#include "shell/qt/UserSettings.h"
+#include "persistence/qt/UserSettings.h"
 #include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"

@@ -8,7 +8,7 @@
 
 #include "app/qt/AppEnvironment.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
-#include "shell/qt/UserSettings.h"
+#include "persistence/qt/UserSettings.h"
 #include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"

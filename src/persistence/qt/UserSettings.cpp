@@ -1,4 +1,4 @@
-#include "shell/qt/UserSettings.h"
+#include "persistence/qt/UserSettings.h"
 
 #include <QStandardPaths>
 
