@@ -13,6 +13,7 @@
 
 #include "calendar/qt/IcsCalendarFile.h"
 #include "calendar/qt/MainThreadCompletion.h"
+#include "persistence/XdgPaths.h"
 
 namespace daywyn {
 
@@ -157,11 +158,10 @@ IcsFolderCalendarSource::IcsFolderCalendarSource(QString folder, Calendar calend
 IcsFolderCalendarSource::~IcsFolderCalendarSource() = default;
 
 QString IcsFolderCalendarSource::defaultFolder() {
-    QString base = qEnvironmentVariable("XDG_DATA_HOME");
-    if (base.isEmpty()) {
-        base = QDir::homePath() + QStringLiteral("/.local/share");
-    }
-    return base + QStringLiteral("/Daywyn/calendars");
+    // With no home folder at all, a relative name (and no calendar files in it).
+    const auto folder = daywynFolder(XdgBase::data);
+    return (folder ? QString::fromStdString(folder.value()) : QStringLiteral("Daywyn")) +
+           QStringLiteral("/calendars");
 }
 
 QString IcsFolderCalendarSource::sourceTitle() {

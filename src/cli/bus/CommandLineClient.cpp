@@ -276,7 +276,7 @@ int runHere(VerbLine& line, VerbAccess access) {
         std::fprintf(stderr, "%s\n", path.error().c_str());
         return 1;
     }
-    const JSONTaskRepository::Clock clock = [] {
+    const Clock clock = [] {
         return currentInstant();
     };
     auto repository = std::make_unique<JSONTaskRepository>(

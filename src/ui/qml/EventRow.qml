@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Layouts
 
 // One of today's calendar events: the calendar's colour, the time span or "All day",
@@ -33,7 +34,7 @@ Rectangle {
         Text {
             text: row.timeText
             font.pixelSize: 12
-            color: theme.secondaryText
+            color: Theme.secondaryText
             Layout.alignment: Qt.AlignVCenter
         }
         Text {
@@ -43,13 +44,13 @@ Rectangle {
             maximumLineCount: 2
             wrapMode: Text.Wrap
             font.pixelSize: 13
-            color: theme.text
+            color: Theme.text
             Layout.alignment: Qt.AlignVCenter
         }
         FlatButton {
             visible: row.link !== ""
             text: "Open meeting link"
-            onClicked: calendarManager.openLink(row.link)
+            onClicked: Calendars.openLink(row.link)
         }
     }
 }

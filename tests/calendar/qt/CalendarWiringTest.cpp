@@ -45,7 +45,7 @@ TEST(CalendarWiring, FolderEventsReachTheDrawerAndItsReminders) {
     PersistedState state;
     state.preferences.calendarIntegrationEnabled = true;
     state.preferences.selectedCalendarIdentifiers = {"ics:team.ics"};
-    AppEnvironment app(test::FakeRepository::holding(state), Calendar(), wallClock, false);
+    AppEnvironment app(test::FakeRepository::holding(state), Calendar(), wallClock);
     app.start();
     ASSERT_TRUE(test::waitUntil([&] { return !app.calendarManager().todayEvents().empty(); }));
     EXPECT_EQ(app.calendarManager().todayEvents()[0].title, "Design review");

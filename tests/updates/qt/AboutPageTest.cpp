@@ -64,7 +64,7 @@ TEST(AboutPage, ChecksDownloadsAndOffersTheVerifiedPackage) {
     // Outlives the environment, whose window binds to it.
     AppUpdateManager updates(options);
     AppEnvironment environment(nullptr, test::berlin(),
-                               test::ManualClock(Instant{1779440400.0}).function(), false);
+                               test::ManualClock(Instant{1779440400.0}).function());
     environment.engine().rootContext()->setContextProperty(QStringLiteral("updates"), &updates);
     SettingsWindow& settings = environment.settingsWindow();
     settings.show(QStringLiteral("about"));

@@ -60,7 +60,7 @@ TEST(VoiceCaptureSheet, ShowsTheRecognisedListForReviewAndSavesIt) {
     QQuickView view(&engine, nullptr);
     view.setResizeMode(QQuickView::SizeRootObjectToView);
     view.resize(460, 560);
-    view.setSource(QUrl(QStringLiteral("qrc:/daywyn/VoiceCaptureSheet.qml")));
+    view.setSource(QUrl(QStringLiteral("qrc:/qt/qml/Daywyn/VoiceCaptureSheet.qml")));
     ASSERT_EQ(view.status(), QQuickView::Ready) << view.errors().value(0).toString().toStdString();
     view.show();
     EXPECT_EQ(textOf(view, "voiceStatus"), "Press the microphone to begin");
