@@ -9,6 +9,7 @@
 #include "app/qt/AppEnvironment.h"
 #include "calendar/qt/CalendarManager.h"
 #include "calendar/qt/IcsFolderCalendarSource.h"
+#include "persistence/qt/UserSettings.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
 #include "support/FakeRepository.h"
 #include "support/qt/QtTestSupport.h"
@@ -38,7 +39,7 @@ TEST(CalendarWiring, FolderEventsReachTheDrawerAndItsReminders) {
     writeCalendarStartingSoon();
     {
         // Pop-outs allowed at every hour, whenever the test runs.
-        QSettings settings(DrawerReminderCoordinator::defaultSettingsPath(), QSettings::IniFormat);
+        QSettings settings(UserSettings::defaultFilePath(), QSettings::IniFormat);
         settings.setValue("inAppActiveStart", 0);
         settings.setValue("inAppActiveEnd", 0);
     }

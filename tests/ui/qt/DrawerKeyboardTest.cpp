@@ -16,7 +16,7 @@ class DrawerKeyboardTest : public ::testing::Test {
 protected:
     DrawerKeyboardTest()
         : clock(test::at(test::berlin(), 2026, 11, 21, 9))
-        , app(nullptr, test::berlin(), clock.function(), false) {
+        , app(nullptr, test::berlin(), clock.function()) {
         for (const char* title : {"First", "Second"}) {
             TaskDraft draft;
             draft.title = title;

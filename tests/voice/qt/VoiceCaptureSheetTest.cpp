@@ -2,12 +2,12 @@
 #include <iterator>
 
 #include <QImage>
-#include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
 #include <gtest/gtest.h>
 
+#include "app/qt/ScreenEngine.h"
 #include "base/Calendar.h"
 #include "shell/qt/SystemSettingsNavigator.h"
 #include "store/TodayTaskStore.h"
@@ -52,11 +52,12 @@ TEST(VoiceCaptureSheet, ShowsTheRecognisedListForReviewAndSavesIt) {
         calendar, clock.function());
     Theme theme(false);
     SystemSettingsNavigator settings;
-    QQmlEngine engine;
-    engine.rootContext()->setContextProperty(QStringLiteral("theme"), &theme);
-    engine.rootContext()->setContextProperty(QStringLiteral("voice"), &voice);
-    engine.rootContext()->setContextProperty(QStringLiteral("voiceReview"), &screen);
-    engine.rootContext()->setContextProperty(QStringLiteral("systemSettings"), &settings);
+    ScreenServices parts;
+    parts.theme = &theme;
+    parts.voice = &voice;
+    parts.voiceReview = &screen;
+    parts.systemSettings = &settings;
+    ScreenEngine engine(parts);
     QQuickView view(&engine, nullptr);
     view.setResizeMode(QQuickView::SizeRootObjectToView);
     view.resize(460, 560);
