@@ -29,8 +29,9 @@ unset DBUS_SESSION_BUS_ADDRESS WAYLAND_DISPLAY
 program=$(basename "$1")
 case "$program" in
   *_qt|test_integration*)
-    # The machine's session services, except a notification daemon (dunst, say): the
-    # tests bring their own server, or start a real one on purpose.
+    # The session services of the sealed home and of the machine, except a machine's
+    # notification daemon (dunst, say): the tests bring their own server, or start a
+    # real one on purpose.
     mkdir -p "$root/dbus-services"
     for service in /usr/share/dbus-1/services/*.service; do
       grep -qx 'Name=org.freedesktop.Notifications' "$service" ||
@@ -44,6 +45,7 @@ case "$program" in
   <keep_umask/>
   <listen>unix:tmpdir=/tmp</listen>
   <auth>EXTERNAL</auth>
+  <servicedir>$XDG_DATA_HOME/dbus-1/services</servicedir>
   <servicedir>$root/dbus-services</servicedir>
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
