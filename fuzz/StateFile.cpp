@@ -54,8 +54,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     const PersistedState& state = *loaded.value();
     // The current format carries only dates the encoder can write, so it reads back
-    // exactly; migrated old files may hold sessions outside the years 0000-9999.
-    if (state.version >= PersistedState::kCurrentVersion) {
+    // exactly; migrated old files may hold sessions outside the years 0000-9999 (a
+    // migrated state has the current version too, so the file's own format decides).
+    const auto direct =
+        decodeStateFile(std::string_view(reinterpret_cast<const char*>(data), size));
+    if (!direct) {
+        std::abort(); // it loaded a moment ago
+    }
+    if (std::holds_alternative<PersistedState>(direct.value())) {
         auto again = decodeStateFile(encodeStateFile(state));
         if (!again || !(std::get<PersistedState>(again.value()) == state)) {
             std::abort();

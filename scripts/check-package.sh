@@ -23,7 +23,8 @@ if grep -q '^E:' "$root/lintian.txt"; then
 fi
 
 dpkg-deb -x "$package" "$root/install"
-for required in usr/bin/daywyn usr/share/applications/daywyn.desktop \
+for required in usr/bin/daywyn usr/libexec/daywyn/daywyn-app \
+    usr/libexec/daywyn/daywyn-transcribe usr/share/applications/daywyn.desktop \
     usr/share/dbus-1/services/org.daywyn.Daywyn.service \
     usr/share/metainfo/org.daywyn.Daywyn.metainfo.xml \
     usr/share/icons/hicolor/scalable/apps/daywyn.svg \
@@ -40,5 +41,12 @@ echo "Installed program: $version"
 case "$version" in
   "Daywyn "*) ;;
   *) echo "The installed program did not print its version." >&2; exit 1 ;;
+esac
+# `transcribe` runs in a program of its own, found beside the installed daywyn-app.
+transcribe=$(env -u DISPLAY -u WAYLAND_DISPLAY "$root/install/usr/bin/daywyn" transcribe \
+  "$root/missing.wav" 2>&1 || true)
+case "$transcribe" in
+  "Daywyn could not open $root/missing.wav.") ;;
+  *) echo "The installed program did not reach daywyn-transcribe: $transcribe" >&2; exit 1 ;;
 esac
 echo "The package is good."

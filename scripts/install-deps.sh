@@ -9,6 +9,8 @@ packages=(
   g++ cmake ninja-build pkg-config make git clang-format
   # core libraries
   libicu-dev rapidjson-dev
+  # reading every JSON document (On-Demand parser)
+  libsimdjson-dev
   # tests, benchmarks, fuzzing
   libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev python3
   # desktop app
@@ -36,6 +38,8 @@ packages=(
   x11-xserver-utils
   # system calendars: Evolution Data Server through libecal, .ics folders through libical
   libecal2.0-dev libical-dev evolution-data-server
+  # Google accounts in the Secret Service; the keyring and secret-tool for its tests
+  libsecret-1-dev gnome-keyring libsecret-tools curl
   # voice capture: on-device speech recognition, and the speech and virtual
   # microphone the voice tests record with
   libpocketsphinx-dev pocketsphinx-en-us pocketsphinx-testdata flite sox pulseaudio pulseaudio-utils

@@ -7,7 +7,7 @@
 #   python   Python's json load of the file, a sorted pretty dump, fsync and rename;
 #   add      `daywyn add` (no app running: one durable save of the whole file);
 #   today    `daywyn today` (reads only);
-#   version  `daywyn --version`;
+#   version  `daywyn --version`, beside an empty C program (what any process costs);
 #   bus      `daywyn add` handed to a running app over a private session bus.
 # Prints the median of each in milliseconds and the ratios.
 # Usage: scripts/measure-command-line.sh [build] [runs]
@@ -100,6 +100,8 @@ os.rename(temp, sys.argv[2])
 PY
 cc -O2 -o "$root/launch" "$root/launch.c"
 cc -O2 -o "$root/floor" "$root/floor.c"
+echo 'int main(void) { return 0; }' > "$root/empty.c"
+cc -O2 -o "$root/empty" "$root/empty.c"
 
 in_sandbox() {
   env -u DBUS_SESSION_BUS_ADDRESS -u DISPLAY -u WAYLAND_DISPLAY HOME="$root" \
@@ -117,6 +119,7 @@ for _ in $(seq "$runs"); do
   "$root/launch" "$python" "$root/python.py" "$state" "$root/copy/python.json" >> "$root/python.times"
   in_sandbox "$root/launch" "$daywyn" today >> "$root/today.times"
   in_sandbox "$root/launch" "$daywyn" --version >> "$root/version.times"
+  "$root/launch" "$root/empty" >> "$root/empty.times"
 done
 
 # The same add handed to the running app over a private session bus.
@@ -144,7 +147,7 @@ fi
 
 # On a busy machine the wall time includes waiting for a core; the CPU time (user +
 # system) of the process itself is shown beside it.
-for what in floor add python today version; do
+for what in floor add python today version empty; do
   eval "${what}=\$(median \"\$root/${what}.times\")"
   eval "${what}_cpu=\$(median \"\$root/${what}.times\" 2)"
 done
@@ -155,6 +158,7 @@ printf "  python json load+dump+fsync   %8.2f %8.2f\n" "$python" "$python_cpu"
 printf "  daywyn add                    %8.2f %8.2f\n" "$add" "$add_cpu"
 printf "  daywyn today                  %8.2f %8.2f\n" "$today" "$today_cpu"
 printf "  daywyn --version              %8.2f %8.2f\n" "$version" "$version_cpu"
+printf "  empty C program               %8.2f %8.2f\n" "$empty" "$empty_cpu"
 echo   "  daywyn add over the bus       $bus_add (wall)"
 awk -v a="$add" -v f="$floor" -v p="$python" 'BEGIN {
   printf "  add: %.2fx the floor, %.1fx faster than Python (wall)\n", a / f, p / a }'

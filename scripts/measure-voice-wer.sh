@@ -1,13 +1,17 @@
 #!/usr/bin/env bash
 # Word error rate of voice capture on our own task phrases (tests/data/voice/
-# task-phrases.txt), spoken by flite's "rms" voice and decoded by `daywyn transcribe`:
+# task-phrases.txt, or the file given second: held-out-task-phrases.txt holds phrases
+# written without looking at the task model's word lists, so it measures what the model
+# does for phrases it was not made from), spoken by flite's "rms" voice and decoded by
+# `daywyn transcribe`:
 # with the generic model and pocketsphinx's default search ("before"), and with the
 # task-phrase model mixed in and the faster search Daywyn uses ("after").
-# Usage: scripts/measure-voice-wer.sh [BUILD_DIR]
+# Usage: scripts/measure-voice-wer.sh [BUILD_DIR [PHRASES_FILE [-v]]]
 set -euo pipefail
 build=${1:-build}
 root=$(cd "$(dirname "$0")/.." && pwd)
-phrases="$root/tests/data/voice/task-phrases.txt"
+phrases=${2:-$root/tests/data/voice/task-phrases.txt}
+verbose=${3:-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -26,7 +30,7 @@ measure() { # label, then environment assignments
     env "$@" "$build/daywyn" transcribe "$work/phrase-$n.wav" < /dev/null >> "$work/heard-$label.txt" 2>/dev/null \
       || echo >> "$work/heard-$label.txt"
   done
-  python3 - "$phrases" "$work/heard-$label.txt" "$label" <<'PY'
+  python3 - "$phrases" "$work/heard-$label.txt" "$label" $verbose <<'PY'
 import sys
 said = [l.split() for l in open(sys.argv[1]) if l.strip()]
 heard = [l.replace("|", " ").split() for l in open(sys.argv[2])]

@@ -42,23 +42,43 @@ set(DAYWYN_APP_INSTALL_DIR ${CMAKE_INSTALL_LIBEXECDIR}/daywyn)
 install(TARGETS daywyn-app RUNTIME DESTINATION ${DAYWYN_APP_INSTALL_DIR})
 
 # The command line: the core, ICU and sd-bus for the session bus. With no verb it hands
-# over to daywyn-app (beside it in the build tree, the relative path below once
-# installed, whatever the prefix).
+# over to daywyn-app, and `transcribe` to daywyn-transcribe (beside it in the build
+# tree, in the folder below once installed, whatever the prefix).
 pkg_check_modules(DAYWYN_SDBUS REQUIRED IMPORTED_TARGET libsystemd)
 file(GLOB DAYWYN_CLI_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/cli/bus/*.cpp)
 add_executable(daywyn ${DAYWYN_CLI_SOURCES})
-file(RELATIVE_PATH DAYWYN_APP_FROM_BINDIR /prefix/${CMAKE_INSTALL_BINDIR}
-    /prefix/${DAYWYN_APP_INSTALL_DIR}/daywyn-app)
-target_compile_definitions(daywyn PRIVATE DAYWYN_APP_FROM_BINDIR="${DAYWYN_APP_FROM_BINDIR}")
+file(RELATIVE_PATH DAYWYN_LIBEXEC_FROM_BINDIR /prefix/${CMAKE_INSTALL_BINDIR}
+    /prefix/${DAYWYN_APP_INSTALL_DIR})
+target_compile_definitions(daywyn PRIVATE DAYWYN_LIBEXEC_FROM_BINDIR="${DAYWYN_LIBEXEC_FROM_BINDIR}")
 # sd-bus is loaded with dlopen by the verbs that need it: only its header is used here.
 target_include_directories(daywyn SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
-target_link_libraries(daywyn PRIVATE daywyn_core daywyn_speech ${CMAKE_DL_LIBS})
-# Only the libraries a verb uses are loaded.
-target_link_options(daywyn PRIVATE -Wl,--as-needed)
+# A verb is a short process, so its start-up is most of its cost: ICU is linked in
+# statically, and the shared ICU named by daywyn_core is dropped by --as-needed. The C++
+# library stays shared: simdjson (Debian ships it shared only) and the calendar module
+# bring it anyway, and one process must hold one C++ runtime.
+# Linked at a fixed address: as a position-independent program it would first patch
+# ICU's 10,000 tables of pointers at every start, which took as long as everything
+# else `daywyn --version` does.
+find_library(DAYWYN_ICUI18N_STATIC libicui18n.a REQUIRED)
+find_library(DAYWYN_ICUUC_STATIC libicuuc.a REQUIRED)
+find_library(DAYWYN_ICUDATA_STATIC libicudata.a REQUIRED)
+target_link_libraries(daywyn PRIVATE daywyn_core
+    ${DAYWYN_ICUI18N_STATIC} ${DAYWYN_ICUUC_STATIC} ${DAYWYN_ICUDATA_STATIC} ${CMAKE_DL_LIBS})
+target_link_options(daywyn PRIVATE -no-pie
+    -Wl,--as-needed -Wl,-O1 -Wl,--gc-sections)
 daywyn_warnings(daywyn)
-set_target_properties(daywyn PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
-add_dependencies(daywyn daywyn-app)
+set_target_properties(daywyn PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR} AUTOMOC OFF)
+add_dependencies(daywyn daywyn-app daywyn-transcribe)
 install(TARGETS daywyn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+# The recogniser for `daywyn transcribe`, in a program of its own: pocketsphinx with
+# BLAS, LAPACK and Fortran's runtime is loaded only when audio is decoded.
+add_executable(daywyn-transcribe ${CMAKE_CURRENT_SOURCE_DIR}/cli/transcribe/main.cpp)
+target_link_libraries(daywyn-transcribe PRIVATE daywyn_speech)
+daywyn_warnings(daywyn-transcribe)
+set_target_properties(daywyn-transcribe PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
+    AUTOMOC OFF)
+install(TARGETS daywyn-transcribe RUNTIME DESTINATION ${DAYWYN_APP_INSTALL_DIR})
 
 # The manual page and the shell completions, written by the program from its verb
 # table.
@@ -133,6 +153,26 @@ foreach(template IN ITEMS org.daywyn.Daywyn.service daywyn.desktop)
 endforeach()
 
 # System calendars: Evolution Data Server through libecal, and folders of .ics files
-# through libical (both only in src/calendar/qt/).
-pkg_check_modules(DAYWYN_CALENDARS REQUIRED IMPORTED_TARGET libecal-2.0 libical)
-target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_CALENDARS)
+# through libical (src/calendar/system/, wrapped for Qt in src/calendar/qt/).
+target_link_libraries(daywyn_app PUBLIC daywyn_system_calendars PkgConfig::DAYWYN_CALENDARS)
+
+# The command line's system calendars, loaded by `today` and `calendars` only: libecal
+# alone costs a process start about 0.1 s. Beside daywyn-app, in the build tree and once
+# installed.
+add_library(daywyn-calendars MODULE ${CMAKE_CURRENT_SOURCE_DIR}/cli/calendars/SystemCalendarsModule.cpp)
+set_target_properties(daywyn-calendars PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+target_link_libraries(daywyn-calendars PRIVATE daywyn_system_calendars)
+target_link_options(daywyn-calendars PRIVATE -Wl,--exclude-libs,ALL -Wl,-z,defs)
+daywyn_warnings(daywyn-calendars)
+add_dependencies(daywyn daywyn-calendars)
+install(TARGETS daywyn-calendars LIBRARY DESTINATION ${DAYWYN_APP_INSTALL_DIR})
+
+# Google accounts are kept in the desktop's Secret Service (libsecret).
+pkg_check_modules(DAYWYN_SECRET REQUIRED IMPORTED_TARGET libsecret-1)
+target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_SECRET)
+# A build may carry its Google desktop registration file from outside the source tree.
+set(DAYWYN_GOOGLE_REGISTRATION "" CACHE FILEPATH
+    "Google desktop client registration (JSON) used when the user's config folder has none")
+target_compile_definitions(daywyn_app PRIVATE
+    DAYWYN_GOOGLE_REGISTRATION="${DAYWYN_GOOGLE_REGISTRATION}")

@@ -36,18 +36,9 @@ std::string isoText(Instant at);
 // a real calendar date. Anything else is absent.
 std::optional<Instant> parseIsoText(std::string_view text);
 
-// Days since 1970-01-01 of a proleptic Gregorian date, and back.
-inline long long daysFromCivil(long long year, unsigned month, unsigned day) {
-    year -= month <= 2 ? 1 : 0;
-    // Unsigned for the usual years, where dividing by 400 compiles to a multiplication.
-    const long long era = year >= 0
-                              ? static_cast<long long>(static_cast<unsigned long long>(year) / 400)
-                              : (year - 399) / 400;
-    const auto yoe = static_cast<unsigned>(year - era * 400);
-    const unsigned doy = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-    const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-    return era * 146097 + static_cast<long long>(doe) - 719468;
-}
+// Days since 1970-01-01 of a proleptic Gregorian date, and back (years -32767 to
+// 32767, the range of std::chrono::year).
+long long daysFromCivil(long long year, unsigned month, unsigned day);
 void civilFromDays(long long days, long long& year, unsigned& month, unsigned& day);
 
 } // namespace daywyn

@@ -1,20 +1,18 @@
 #pragma once
 
-#include <optional>
-#include <string>
 #include <string_view>
 
-#include <rapidjson/document.h>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
 #include "base/Instant.h"
-#include "base/Result.h"
 #include "base/Uuid.h"
 
 namespace daywyn {
 
+// Writing: RapidJSON's writers, whose doubles read back bit for bit. Reading is in
+// base/JsonRead.h.
 using JsonBuffer = rapidjson::StringBuffer;
 // Two-space indented output, the form of the state file and the exports.
 using PrettyJsonWriter = rapidjson::PrettyWriter<JsonBuffer>;
@@ -34,10 +32,6 @@ inline constexpr double kReferenceDateOffset = 978307200.0;
 
 // Two-space indentation, the state file's layout.
 void useTwoSpaceIndent(PrettyJsonWriter& writer);
-
-// Parses a whole document, keeping every double exactly as written.
-// The error names the offset of the first problem.
-Result<rapidjson::Document> parseJson(std::string_view text);
 
 template <typename Writer>
 void writeKey(Writer& w, std::string_view key) {
@@ -66,17 +60,5 @@ void writeDate(Writer& w, Instant at, DateCoding coding) {
         w.Double(at.seconds - kReferenceDateOffset);
     }
 }
-
-// Typed readers of one member value: absent when the value has another type.
-std::optional<std::string> readString(const rapidjson::Value& v);
-std::optional<Uuid> readUuid(const rapidjson::Value& v);
-std::optional<Instant> readDate(const rapidjson::Value& v, DateCoding coding);
-// Integers must be written as integers: 25.5 and 25.0 are not.
-std::optional<long long> readInt64(const rapidjson::Value& v);
-std::optional<double> readDouble(const rapidjson::Value& v);
-std::optional<bool> readBool(const rapidjson::Value& v);
-
-// The member named key, or null when the object has none.
-const rapidjson::Value* findMember(const rapidjson::Value& object, std::string_view key);
 
 } // namespace daywyn

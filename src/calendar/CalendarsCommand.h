@@ -4,29 +4,42 @@
 #include <string>
 #include <vector>
 
+#include "calendar/CalendarSource.h"
 #include "store/TodayTaskStore.h"
 
 namespace daywyn {
 
-// The command line's `daywyn calendars` verb: shows whether calendar events are on and
-// which calendars are chosen, turns the integration on or off, and chooses calendars
-// by id, through the store like every other change.
+// The command line's `daywyn calendars` verb: lists the calendars with their ids,
+// titles, sources and colours, turns the integration on or off, and chooses calendars
+// by id (or all of them), through the store like every other change.
 
 // The verb's --help text.
 inline constexpr const char* kCalendarsCommandHelp =
-    "Usage: daywyn calendars [on|off|select ID...|unselect ID...]\n\n"
-    "Without words, shows whether calendar events appear in the drawer and which calendar\n"
-    "ids are chosen. 'on' and 'off' switch calendar events; 'select' and 'unselect' add\n"
-    "calendar ids to the choice or take them out (Settings > Calendars shows every\n"
-    "calendar with its id's title).\n";
+    "Without words, lists the calendars Daywyn can read (id, title, source and colour,\n"
+    "[x] when chosen) and tells whether calendar events appear in the drawer. 'on' and\n"
+    "'off' switch calendar events; 'select' and 'unselect' add calendar ids to the\n"
+    "choice or take them out, or every calendar with --all.";
 
-// Whether the words (after the verb) change the preferences.
-bool calendarsCommandWrites(const std::vector<std::string>& words);
+// What the verb line asks for: its words, and the --all and --json flags.
+struct CalendarsRequest {
+    std::vector<std::string> words;
+    bool all = false;
+    bool json = false;
+};
 
-// What is wrong with the words, as a sentence; absent when they can run.
-std::optional<std::string> calendarsCommandUsageProblem(const std::vector<std::string>& words);
+// What is wrong with the request, as a sentence; absent when it can run.
+std::optional<std::string> calendarsCommandUsageProblem(const CalendarsRequest& request);
 
-// Runs the verb; returns what it prints.
-std::string runCalendarsCommand(TodayTaskStore& store, const std::vector<std::string>& words);
+// What the verb printed and whether it succeeded.
+struct CalendarsCommandResult {
+    bool succeeded = true;
+    std::string out;
+    std::string err;
+};
+
+// Runs the verb. `listing` is the calendar list as read now, absent when no calendar
+// could be read here: ids are then taken on trust and --all has nothing to choose from.
+CalendarsCommandResult runCalendarsCommand(TodayTaskStore& store, const CalendarsRequest& request,
+                                           const std::optional<CalendarSnapshot>& listing);
 
 } // namespace daywyn

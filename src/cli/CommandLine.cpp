@@ -155,7 +155,7 @@ CommandOutput runVerbLine(VerbLine& line, VerbContext& context) {
 }
 
 CommandOutput runCommand(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
-                         const Calendar& calendar, AppWindows* windows) {
+                         const Calendar& calendar, AppWindows* windows, CalendarReader* calendars) {
     ParsedCommand parsed = parseCommand(args);
     if (parsed.answer) {
         return *parsed.answer;
@@ -163,7 +163,7 @@ CommandOutput runCommand(TodayTaskStore& store, const std::vector<std::string>& 
     if (auto refused = prepareCommand(parsed.line, now, calendar)) {
         return *refused;
     }
-    VerbContext context{&store, now, calendar, windows};
+    VerbContext context{&store, now, calendar, windows, nullptr, calendars};
     return runVerbLine(parsed.line, context);
 }
 

@@ -7,6 +7,7 @@
 
 #include "base/Calendar.h"
 #include "base/Instant.h"
+#include "calendar/CalendarSource.h"
 #include "model/TaskDraft.h"
 
 namespace daywyn {
@@ -55,6 +56,15 @@ public:
                                      const Calendar& calendar) = 0;
 };
 
+// The desktop's calendars, read once for `today` and `calendars`. The command-line
+// program supplies the system calendars; the running app what it read last.
+class CalendarReader {
+public:
+    virtual ~CalendarReader() = default;
+    // The calendar list, and the occurrences of the query's calendars in its day.
+    virtual CalendarSnapshot readCalendars(const CalendarQuery& query) = 0;
+};
+
 // One option of a verb: a flag ("--json") or, when `value` names it, an option that
 // takes the next argument ("--at TIME").
 struct VerbOption {
@@ -85,13 +95,14 @@ struct VerbLine {
 };
 
 // What a verb works on. `store` is null for verbs that need no data; `windows` is
-// null outside the desktop app.
+// null outside the desktop app; `calendars` is null where no calendar can be read.
 struct VerbContext {
     TodayTaskStore* store = nullptr;
     Instant now;
     const Calendar& calendar;
     AppWindows* windows = nullptr;
     RecordingTranscriber* transcriber = nullptr;
+    CalendarReader* calendars = nullptr;
 };
 
 // One row of the verb table: everything parsing, help, the manual page, shell

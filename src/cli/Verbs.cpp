@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "base/Json.h"
+#include "calendar/CalendarReading.h"
 #include "calendar/CalendarsCommand.h"
 #include "cli/Verb.h"
 #include "model/RecordJson.h"
@@ -219,8 +220,64 @@ void appendTaskLine(std::string& out, const TaskItem& task, Instant now, const C
     out += "  " + shortId(task.id) + "\n";
 }
 
+// Today's events of the chosen calendars, and the sentences that say why some are
+// missing; nothing while calendar events are off.
+struct TodayEvents {
+    std::vector<CalendarEventItem> items;
+    std::vector<std::string> notes;
+};
+
+TodayEvents readTodayEvents(const VerbContext& c) {
+    const AppPreferences& preferences = c.store->preferences();
+    const auto day = calendarDay(c.now, c.calendar);
+    if (!preferences.calendarIntegrationEnabled || !c.calendars || !day) {
+        return {};
+    }
+    const auto& selected = preferences.selectedCalendarIdentifiers;
+    const CalendarSnapshot snapshot = c.calendars->readCalendars(CalendarQuery{*day, selected});
+    TodayEvents events;
+    if (snapshot.status == CalendarAccessStatus::fullAccess) {
+        events.items =
+            dayEventItems(snapshot, selected, *day, [] { return Uuid::random().text(); });
+    }
+    events.notes =
+        calendarExplanations(snapshot.status, true, calendarChoices(snapshot.calendars), selected);
+    if (snapshot.errorMessage) {
+        events.notes.push_back(*snapshot.errorMessage);
+    }
+    return events;
+}
+
+void encodeEvent(CompactJsonWriter& w, const CalendarEventItem& event) {
+    w.StartObject();
+    writeKey(w, "calendarIdentifier");
+    writeString(w, event.calendarIdentifier);
+    writeKey(w, "calendarTitle");
+    writeString(w, event.calendarTitle);
+    writeKey(w, "colorHex");
+    writeString(w, event.colorHex);
+    writeKey(w, "end");
+    writeDate(w, event.end, DateCoding::iso8601);
+    writeKey(w, "eventIdentifier");
+    writeString(w, event.eventIdentifier);
+    writeKey(w, "id");
+    writeString(w, event.id);
+    writeKey(w, "isAllDay");
+    w.Bool(event.isAllDay);
+    writeKey(w, "start");
+    writeDate(w, event.start, DateCoding::iso8601);
+    writeKey(w, "title");
+    writeString(w, event.title);
+    if (event.url) {
+        writeKey(w, "url");
+        writeString(w, *event.url);
+    }
+    w.EndObject();
+}
+
 CommandOutput runToday(VerbLine& line, VerbContext& c) {
     const TodayTaskStore& store = *c.store;
+    const TodayEvents events = readTodayEvents(c);
     const TaskDaySections sections = store.taskSections(c.now, c.calendar);
     const std::pair<const char*, const std::vector<const TaskItem*>*> lists[] = {
         {"priorities", &sections.priorities},
@@ -229,10 +286,19 @@ CommandOutput runToday(VerbLine& line, VerbContext& c) {
         {"upcoming", &sections.upcoming},
         {"completedToday", &sections.completedToday}};
     if (line.has("--json")) {
-        return success(compactJson([&lists](CompactJsonWriter& w) {
+        return success(compactJson([&lists, &events](CompactJsonWriter& w) {
             w.StartObject();
             // Keys in sorted order, like every object Daywyn writes.
-            for (int index : {2, 4, 0, 1, 3}) {
+            for (int index : {2, 4, -1, 0, 1, 3}) {
+                if (index < 0) {
+                    writeKey(w, "events");
+                    w.StartArray();
+                    for (const auto& event : events.items) {
+                        encodeEvent(w, event);
+                    }
+                    w.EndArray();
+                    continue;
+                }
                 writeKey(w, lists[index].first);
                 w.StartArray();
                 for (const TaskItem* task : *lists[index].second) {
@@ -256,6 +322,21 @@ CommandOutput runToday(VerbLine& line, VerbContext& c) {
                ")\n";
         for (const TaskItem* task : *lists[i].second) {
             appendTaskLine(out, *task, c.now, c.calendar, i == 2 || i == 3);
+        }
+    }
+    if (!events.items.empty() || !events.notes.empty()) {
+        any = any || !events.items.empty();
+        out += "\nEvents (" + std::to_string(events.items.size()) + ")\n";
+        for (const auto& event : events.items) {
+            out += "  " + eventTimeSpanText(event, c.calendar) + "  " + event.title + "  (" +
+                   event.calendarTitle + ")";
+            if (auto link = meetingLink(event)) {
+                out += "  " + *link;
+            }
+            out += "\n";
+        }
+        for (const auto& note : events.notes) {
+            out += "  " + note + "\n";
         }
     }
     if (!any) {
@@ -520,8 +601,12 @@ CommandOutput runTranscribe(VerbLine& line, VerbContext& c) {
 
 // ---- calendars ----
 
+CalendarsRequest calendarsRequest(const VerbLine& line) {
+    return CalendarsRequest{line.words, line.has("--all"), line.has("--json")};
+}
+
 std::optional<CommandOutput> checkCalendars(VerbLine& line, Instant, const Calendar&) {
-    if (auto problem = calendarsCommandUsageProblem(line.words)) {
+    if (auto problem = calendarsCommandUsageProblem(calendarsRequest(line))) {
         return CommandOutput{
             2, {}, "daywyn calendars: " + *problem + " Run 'daywyn calendars --help' for usage.\n"};
     }
@@ -529,7 +614,23 @@ std::optional<CommandOutput> checkCalendars(VerbLine& line, Instant, const Calen
 }
 
 CommandOutput runCalendars(VerbLine& line, VerbContext& c) {
-    return success(runCalendarsCommand(*c.store, line.words));
+    const CalendarsRequest request = calendarsRequest(line);
+    // Switching needs no list; showing and choosing do.
+    std::optional<CalendarSnapshot> listing;
+    const bool switching =
+        !request.words.empty() && (request.words[0] == "on" || request.words[0] == "off");
+    if (c.calendars && !switching) {
+        const auto day = calendarDay(c.now, c.calendar);
+        listing = c.calendars->readCalendars(CalendarQuery{day.value_or(DayInterval{}), {}});
+    }
+    auto result = runCalendarsCommand(*c.store, request, listing);
+    if (!result.succeeded) {
+        return CommandOutput{1, {}, result.err};
+    }
+    if (auto error = saveFailure(*c.store); error && !request.words.empty()) {
+        return failure(*error);
+    }
+    return success(result.out);
 }
 
 // ---- the app's windows ----
@@ -566,10 +667,11 @@ const std::vector<Verb>& verbTable() {
          .run = runAdd},
         {.name = "today",
          .synopsis = "[--json]",
-         .summary = "today's plan: priorities, today, carried over, upcoming, done",
-         .description = "Shows today's plan in the drawer's sections. --json prints an object "
-                        "with the\nkeys priorities, today, carryOver, upcoming and "
-                        "completedToday.",
+         .summary = "today's plan: priorities, today, carried over, upcoming, done, events",
+         .description = "Shows today's plan in the drawer's sections, then today's events of "
+                        "the chosen\ncalendars when calendar events are on. --json prints "
+                        "an object with the keys\npriorities, today, carryOver, upcoming, "
+                        "completedToday and events.",
          .options = {{"--json", "", "print the sections as one JSON object"}},
          .run = runToday},
         {.name = "done",
@@ -636,9 +738,11 @@ const std::vector<Verb>& verbTable() {
          .readOnlyWith = "--list",
          .run = runReport},
         {.name = "calendars",
-         .synopsis = "[on|off|select ID...|unselect ID...]",
-         .summary = "calendar events on or off, and the calendars chosen",
+         .synopsis = "[--json] [on|off|select ID...|unselect ID...|select --all|unselect --all]",
+         .summary = "list the calendars; calendar events on or off, and the calendars chosen",
          .description = kCalendarsCommandHelp,
+         .options = {{"--all", "", "with select or unselect: every calendar"},
+                     {"--json", "", "print the calendars and the choice as one JSON object"}},
          .words = VerbWords::text,
          .access = VerbAccess::writing,
          .readOnlyWithoutWords = true,

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string>
 
+#include "persistence/FileBytes.h"
+
 namespace daywyn {
 
 // The file operations that saving and loading need, one system call each, so that
@@ -16,7 +18,7 @@ public:
     // reads and reports instead of assuming there is nothing).
     virtual bool exists(const std::string& path) = 0;
     // The whole content of a regular file.
-    virtual int readFile(const std::string& path, std::string& contents) = 0;
+    virtual int readFile(const std::string& path, FileBytes& contents) = 0;
     // Creates the folder and every missing parent (mode 0700); an existing folder is fine.
     virtual int createDirectories(const std::string& path) = 0;
     // Creates a new file for writing; fails with EEXIST when the name is taken.

@@ -1,109 +1,64 @@
 #include "persistence/LegacyPersistedState.h"
 
-#include <cstdint>
-
-#include "base/JsonReader.h"
-#include "model/RecordJson.h"
+#include "base/JsonFields.h"
+#include "model/RecordFields.h"
 
 namespace daywyn {
 
+template <>
+struct JsonRecord<LegacyTaskItem> {
+    using T = LegacyTaskItem;
+    static constexpr std::string_view noun = "old-format task";
+    static constexpr auto fields = std::tuple(
+        jsonField("dueDate", &T::dueDate, FieldRule::optional),
+        jsonField("elapsedBeforeCurrentRun", &T::elapsedBeforeCurrentRun, FieldRule::required),
+        jsonField("estimatedMinutes", &T::estimatedMinutes, FieldRule::required),
+        jsonField("id", &T::id, FieldRule::required),
+        jsonField("isComplete", &T::isComplete, FieldRule::required),
+        jsonField("scheduledBudgetAlerts", &T::scheduledBudgetAlerts, FieldRule::required),
+        jsonField("scheduledDueDate", &T::scheduledDueDate, FieldRule::optional),
+        jsonField("startedAt", &T::startedAt, FieldRule::optional),
+        jsonField("title", &T::title, FieldRule::required));
+};
+
 namespace {
 
-enum LegacyMember {
-    kDueDate,
-    kElapsedBeforeCurrentRun,
-    kEstimatedMinutes,
-    kId,
-    kIsComplete,
-    kScheduledBudgetAlerts,
-    kScheduledDueDate,
-    kStartedAt,
-    kTitle,
-};
-constexpr JsonKeys<9> kLegacyKeys{{
-    "dueDate",
-    "elapsedBeforeCurrentRun",
-    "estimatedMinutes",
-    "id",
-    "isComplete",
-    "scheduledBudgetAlerts",
-    "scheduledDueDate",
-    "startedAt",
-    "title",
-}};
-constexpr std::uint32_t kLegacyRequired =
-    (1u << kElapsedBeforeCurrentRun) | (1u << kEstimatedMinutes) | (1u << kId) |
-    (1u << kIsComplete) | (1u << kScheduledBudgetAlerts) | (1u << kTitle);
-
-// Missing or null gives absent; any other value must be an ISO date.
-bool readOptionalDate(JsonReader& r, std::optional<Instant>& out) {
-    if (r.readNull()) {
+bool decodeLegacyTaskList(JsonDecoder& d, JsonValue& v, std::vector<LegacyTaskItem>& out) {
+    std::size_t count = 0;
+    bool inElement = false;
+    const bool read = readJsonArray(d, v, [&](JsonValue& element) {
+        ++count;
+        inElement = true;
+        if (!decodeFields(d, element, out.emplace_back())) {
+            return false;
+        }
+        inElement = false;
+        return true;
+    });
+    if (read) {
         return true;
     }
-    out = r.readStringAs(kIsoTextLength, parseIsoText);
-    return out.has_value();
-}
-
-bool decodeLegacyTask(JsonReader& r, LegacyTaskItem& task) {
-    const JsonObjectRead read = readJsonObject(r, kLegacyKeys, [&](int member) {
-        switch (static_cast<LegacyMember>(member)) {
-        case kElapsedBeforeCurrentRun: {
-            const auto elapsed = r.readDouble();
-            task.elapsedBeforeCurrentRun = elapsed.value_or(0.0);
-            return elapsed.has_value();
-        }
-        case kDueDate:
-            return readOptionalDate(r, task.dueDate);
-        case kEstimatedMinutes: {
-            const auto minutes = r.readInt64();
-            task.estimatedMinutes = minutes.value_or(0);
-            return minutes.has_value();
-        }
-        case kId: {
-            const auto id = r.readStringAs(kUuidTextLength, Uuid::parse);
-            task.id = id.value_or(Uuid{});
-            return id.has_value();
-        }
-        case kIsComplete: {
-            const auto complete = r.readBool();
-            task.isComplete = complete.value_or(false);
-            return complete.has_value();
-        }
-        case kScheduledBudgetAlerts: {
-            const auto alerts = readBudgetAlertSet(r);
-            task.scheduledBudgetAlerts = alerts.value_or(BudgetAlertSet{});
-            return alerts.has_value();
-        }
-        case kScheduledDueDate:
-            return readOptionalDate(r, task.scheduledDueDate);
-        case kStartedAt:
-            return readOptionalDate(r, task.startedAt);
-        case kTitle: {
-            const auto title = r.readStringView();
-            task.title.assign(title.value_or(std::string_view{}));
-            return title.has_value();
-        }
-        }
-        return false;
-    });
-    return read.ok() && read.firstMissing(kLegacyRequired) < 0;
+    if (inElement) {
+        d.prefixError("Old-format task " + std::to_string(count) + ": ");
+    } else if (!d.hasSyntaxError()) {
+        d.fail("The old-format state has no list of tasks.");
+    }
+    return false;
 }
 
 } // namespace
 
-Status LegacyPersistedState::decodeTasks(JsonReader& reader, std::vector<LegacyTaskItem>& out) {
-    if (!reader.beginArray()) {
-        return Error{"The old-format state has no list of tasks."};
+Status LegacyPersistedState::decodeTasks(std::string_view json, std::vector<LegacyTaskItem>& out) {
+    JsonInput input(json);
+    JsonDecoder d;
+    simdjson::ondemand::document document;
+    JsonValue value;
+    if (!input.iterate(d, document) || !d.checkSyntax(document.get_value().get(value)) ||
+        !decodeLegacyTaskList(d, value, out)) {
+        return Error{d.error()};
     }
-    while (reader.nextElement()) {
-        if (!decodeLegacyTask(reader, out.emplace_back())) {
-            return Error{reader.hasSyntaxError()
-                             ? reader.syntaxError()
-                             : "Old-format task " + std::to_string(out.size()) + " is not valid."};
-        }
-    }
-    if (reader.hasSyntaxError()) {
-        return Error{reader.syntaxError()};
+    if (!jsonAtEnd(document)) {
+        return Error{jsonSyntaxError(simdjson::TRAILING_CONTENT)};
     }
     return {};
 }

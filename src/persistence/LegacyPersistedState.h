@@ -2,10 +2,10 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/Instant.h"
-#include "base/JsonReader.h"
 #include "base/Result.h"
 #include "base/Uuid.h"
 #include "model/AppPreferences.h"
@@ -36,10 +36,10 @@ struct LegacyPersistedState {
     AppPreferences preferences;
     bool operator==(const LegacyPersistedState&) const = default;
 
-    // Decodes the format's list of tasks at the reader's position (ISO dates), appending
-    // to `out`; every required member must be present and of the right type, or the
-    // whole list fails.
-    static Status decodeTasks(JsonReader& reader, std::vector<LegacyTaskItem>& out);
+    // Decodes the format's list of tasks (a JSON array, ISO dates), appending to `out`;
+    // every required member must be present and of the right type, or the whole list
+    // fails.
+    static Status decodeTasks(std::string_view json, std::vector<LegacyTaskItem>& out);
 
     // The same data in the current format at instant t: tasks created (and, when done,
     // completed) at t, the earlier work as one session ending where the running timer

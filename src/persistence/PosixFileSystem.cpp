@@ -29,46 +29,22 @@ bool PosixFileSystem::exists(const std::string& path) {
     return errno != ENOENT && errno != ENOTDIR;
 }
 
-int PosixFileSystem::readFile(const std::string& path, std::string& contents) {
+int PosixFileSystem::readFile(const std::string& path, FileBytes& contents) {
     const int fd = openRetrying(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
     if (fd < 0) {
         return errno;
     }
     struct stat info {};
+    int error = 0;
     if (::fstat(fd, &info) != 0) {
-        const int error = errno;
-        ::close(fd);
-        return error;
+        error = errno;
+    } else if (!S_ISREG(info.st_mode)) {
+        error = S_ISDIR(info.st_mode) ? EISDIR : EINVAL;
+    } else {
+        error = contents.read(fd, static_cast<std::size_t>(info.st_size));
     }
-    if (!S_ISREG(info.st_mode)) {
-        ::close(fd);
-        return S_ISDIR(info.st_mode) ? EISDIR : EINVAL;
-    }
-    // Sized from fstat, but read to the end in case the file grew meanwhile.
-    contents.clear();
-    contents.resize(static_cast<std::size_t>(info.st_size) + 1);
-    std::size_t used = 0;
-    for (;;) {
-        if (used == contents.size()) {
-            contents.resize(contents.size() * 2 + 4096);
-        }
-        const ssize_t n = ::read(fd, contents.data() + used, contents.size() - used);
-        if (n < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            const int error = errno;
-            ::close(fd);
-            return error;
-        }
-        if (n == 0) {
-            break;
-        }
-        used += static_cast<std::size_t>(n);
-    }
-    contents.resize(used);
     ::close(fd);
-    return 0;
+    return error;
 }
 
 int PosixFileSystem::createDirectories(const std::string& path) {

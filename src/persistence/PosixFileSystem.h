@@ -9,7 +9,7 @@ namespace daywyn {
 class PosixFileSystem : public FileSystem {
 public:
     bool exists(const std::string& path) override;
-    int readFile(const std::string& path, std::string& contents) override;
+    int readFile(const std::string& path, FileBytes& contents) override;
     int createDirectories(const std::string& path) override;
     int openExclusive(const std::string& path, unsigned mode, int& fd) override;
     int write(int fd, const char* data, std::size_t size, std::size_t& written) override;

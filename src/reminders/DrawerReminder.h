@@ -3,8 +3,6 @@
 #include <string>
 
 #include "base/Instant.h"
-#include "base/Json.h"
-#include "base/Result.h"
 
 namespace daywyn {
 
@@ -19,24 +17,5 @@ struct DrawerReminder {
 
     bool operator==(const DrawerReminder&) const = default;
 };
-
-// JSON coding with the keys "detail", "due", "id", "title" (written sorted).
-template <typename Writer>
-void encodeDrawerReminder(Writer& w, const DrawerReminder& reminder, DateCoding dates) {
-    w.StartObject();
-    writeKey(w, "detail");
-    writeString(w, reminder.detail);
-    writeKey(w, "due");
-    writeDate(w, reminder.due, dates);
-    writeKey(w, "id");
-    writeString(w, reminder.id);
-    writeKey(w, "title");
-    writeString(w, reminder.title);
-    w.EndObject();
-}
-
-// All four keys are required; a missing or mistyped one fails with a sentence
-// naming it.
-Result<DrawerReminder> decodeDrawerReminder(const rapidjson::Value& v, DateCoding dates);
 
 } // namespace daywyn

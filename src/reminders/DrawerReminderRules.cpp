@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/DoubleText.h"
-#include "base/Json.h"
+#include "base/JsonFields.h"
 #include "reminders/DrawerReminderPlanner.h"
 #include "reminders/ReminderRules.h"
 
@@ -97,6 +97,26 @@ DrawerReminder DrawerReminderRules::previewReminder(Instant now) {
             "This is how Daywyn nudges you without a desktop banner.", now};
 }
 
+// The settings file's blobs: compact JSON, dates as seconds since 2001.
+
+template <>
+struct JsonRecord<DrawerReminder> {
+    static constexpr std::string_view noun = "drawer reminder";
+    static constexpr auto fields =
+        std::tuple(jsonField("detail", &DrawerReminder::detail, FieldRule::required),
+                   jsonField("due", &DrawerReminder::due, FieldRule::required),
+                   jsonField("id", &DrawerReminder::id, FieldRule::required),
+                   jsonField("title", &DrawerReminder::title, FieldRule::required));
+};
+
+template <>
+struct JsonRecord<SnoozedReminder> {
+    static constexpr std::string_view noun = "snoozed reminder";
+    static constexpr auto fields =
+        std::tuple(jsonField("reminder", &SnoozedReminder::reminder, FieldRule::required),
+                   jsonField("until", &SnoozedReminder::until, FieldRule::required));
+};
+
 std::string DrawerReminderRules::encodeSeen(const std::map<std::string, Instant>& seen) {
     JsonBuffer buffer;
     CompactJsonWriter w(buffer);
@@ -109,17 +129,26 @@ std::string DrawerReminderRules::encodeSeen(const std::map<std::string, Instant>
     return {buffer.GetString(), buffer.GetSize()};
 }
 
+// Entries that are not dates are left out; a text that is not a JSON object is empty.
 std::map<std::string, Instant> DrawerReminderRules::decodeSeen(std::string_view text) {
     std::map<std::string, Instant> seen;
-    const auto document = parseJson(text);
-    if (!document || !document->IsObject()) {
-        return seen;
+    JsonInput input(text);
+    JsonDecoder d(DateCoding::referenceSeconds);
+    simdjson::ondemand::document document;
+    JsonValue root;
+    if (!input.iterate(d, document) || !d.check(document.get_value().get(root))) {
+        return {};
     }
-    for (const auto& member : document->GetObject()) {
-        if (auto when = readDate(member.value, DateCoding::referenceSeconds)) {
-            seen.emplace(std::string(member.name.GetString(), member.name.GetStringLength()),
-                         *when);
+    const bool read = readJsonObject(d, root, [&](std::string_view id, JsonValue& value) {
+        Instant when;
+        if (readJson(d, value, when)) {
+            seen.emplace(std::string(id), when);
+            return true;
         }
+        return !d.hasSyntaxError() && skipJson(d, value);
+    });
+    if (!read || !jsonAtEnd(document)) {
+        return {};
     }
     return seen;
 }
@@ -127,38 +156,20 @@ std::map<std::string, Instant> DrawerReminderRules::decodeSeen(std::string_view 
 std::string DrawerReminderRules::encodeSnoozed(const std::vector<SnoozedReminder>& snoozed) {
     JsonBuffer buffer;
     CompactJsonWriter w(buffer);
-    w.StartArray();
-    for (const auto& entry : snoozed) {
-        w.StartObject();
-        writeKey(w, "reminder");
-        encodeDrawerReminder(w, entry.reminder, DateCoding::referenceSeconds);
-        writeKey(w, "until");
-        writeDate(w, entry.until, DateCoding::referenceSeconds);
-        w.EndObject();
-    }
-    w.EndArray();
+    writeJson(w, snoozed, DateCoding::referenceSeconds);
     return {buffer.GetString(), buffer.GetSize()};
 }
 
+// All or nothing: one entry that does not decode empties the list.
 std::vector<SnoozedReminder> DrawerReminderRules::decodeSnoozed(std::string_view text) {
-    const auto document = parseJson(text);
-    if (!document || !document->IsArray()) {
-        return {};
-    }
+    JsonInput input(text);
+    JsonDecoder d(DateCoding::referenceSeconds);
+    simdjson::ondemand::document document;
+    JsonValue root;
     std::vector<SnoozedReminder> snoozed;
-    for (const auto& entry : document->GetArray()) {
-        const rapidjson::Value* reminder =
-            entry.IsObject() ? findMember(entry, "reminder") : nullptr;
-        const rapidjson::Value* until = entry.IsObject() ? findMember(entry, "until") : nullptr;
-        if (!reminder || !until) {
-            return {};
-        }
-        auto decoded = decodeDrawerReminder(*reminder, DateCoding::referenceSeconds);
-        const auto when = readDate(*until, DateCoding::referenceSeconds);
-        if (!decoded || !when) {
-            return {};
-        }
-        snoozed.push_back({std::move(decoded).value(), *when});
+    if (!input.iterate(d, document) || !d.check(document.get_value().get(root)) ||
+        !readJson(d, root, snoozed) || !jsonAtEnd(document)) {
+        return {};
     }
     return snoozed;
 }

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "base/Json.h"
 #include "support/FakeRepository.h"
+#include "support/JsonTree.h"
 #include "support/TaskBuilder.h"
 
 namespace daywyn {
@@ -147,7 +147,9 @@ TEST_F(CommandLineTest, TodayListsTheSectionsAsJsonWithSortedKeys) {
     add("Later thing tomorrow");
     const auto out = run({"today", "--json"});
     ASSERT_EQ(out.status, 0);
-    EXPECT_EQ(out.out.find("{\"carryOver\":[],\"completedToday\":[],\"priorities\":[],"), 0u);
+    EXPECT_EQ(
+        out.out.find("{\"carryOver\":[],\"completedToday\":[],\"events\":[],\"priorities\":[],"),
+        0u);
     auto document = parseJson(out.out);
     ASSERT_TRUE(document.ok());
     EXPECT_EQ(document.value()["today"].Size(), 1u);

@@ -1,5 +1,8 @@
 // The daywyn command line against the app's bus name on the private session bus.
 #include <csignal>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -45,6 +48,12 @@ TEST(CommandLineOverTheBus, AnAppThatNeverAnswersGetsABoundedWaitAndNothingIsWri
     ASSERT_EQ(test::runProcess({DAYWYN_BINARY_PATH, "add", "First"}).status, 0);
     const std::string before = test::readFile(stateFile());
 
+    // Like the app, it holds the state file's writer lock while it is on the bus.
+    const std::string lockFile =
+        qEnvironmentVariable("XDG_DATA_HOME").toStdString() + "/Daywyn/daywyn.lock";
+    const int lock = ::open(lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_GE(lock, 0);
+    ASSERT_EQ(::flock(lock, LOCK_EX | LOCK_NB), 0);
     SilentApp app;
     QDBusConnection bus = QDBusConnection::sessionBus();
     ASSERT_TRUE(bus.registerVirtualObject(QStringLiteral("/org/daywyn/Daywyn"), &app));
@@ -76,6 +85,7 @@ TEST(CommandLineOverTheBus, AnAppThatNeverAnswersGetsABoundedWaitAndNothingIsWri
     EXPECT_EQ(test::readFile(stateFile()), before);
     EXPECT_EQ(app.calls, 1);
     bus.unregisterService(kService);
+    ::close(lock);
 }
 
 TEST(CommandLineOverTheBus, WindowVerbsStartTheAppAndWritingVerbsReachIt) {

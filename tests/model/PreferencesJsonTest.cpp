@@ -6,8 +6,7 @@ namespace daywyn {
 namespace {
 
 Result<AppPreferences> decode(std::string_view json) {
-    JsonReader reader(json);
-    return decodePreferences(reader);
+    return decodePreferences(json);
 }
 
 std::string encode(const AppPreferences& p) {
@@ -36,6 +35,13 @@ TEST(PreferencesJson, ReadsTheOlderReminderKeyButNeverWritesIt) {
     EXPECT_EQ(written.find("dueNotificationsEnabled"), std::string::npos);
     EXPECT_FALSE(decode(R"({"taskRemindersEnabled": false, "dueNotificationsEnabled": true})")
                      ->taskRemindersEnabled);
+    // The newer key wins wherever it stands; a null one gives no value.
+    EXPECT_FALSE(decode(R"({"dueNotificationsEnabled": true, "taskRemindersEnabled": false})")
+                     ->taskRemindersEnabled);
+    EXPECT_TRUE(decode(R"({"taskRemindersEnabled": null, "dueNotificationsEnabled": true})")
+                    ->taskRemindersEnabled);
+    EXPECT_FALSE(
+        decode(R"({"taskRemindersEnabled": true, "dueNotificationsEnabled": "yes"})").ok());
 }
 
 TEST(PreferencesJson, OnlyListedCadencesAndAnchorsDecode) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "model/RecordJson.h"
+#include "support/JsonTree.h"
 #include "support/TaskBuilder.h"
 
 namespace daywyn {
@@ -16,24 +17,12 @@ std::string encodePretty(const TaskItem& task) {
     return buffer.GetString();
 }
 
-// One whole document holding one record.
-template <typename Decode>
-auto decodeWhole(std::string_view json, Decode decode)
-    -> decltype(decode(std::declval<JsonReader&>())) {
-    JsonReader reader(json);
-    auto record = decode(reader);
-    if (record && !reader.atEnd()) {
-        return Error{reader.syntaxError()};
-    }
-    return record;
-}
-
 Result<TaskItem> decode(std::string_view json) {
-    return decodeWhole(json, [](JsonReader& r) { return decodeTaskItem(r, DateCoding::iso8601); });
+    return decodeTaskItem(json, DateCoding::iso8601);
 }
 
 Result<DailyTaskSummary> decodeSummary(std::string_view json) {
-    return decodeWhole(json, [](JsonReader& r) { return decodeDailyTaskSummary(r); });
+    return decodeDailyTaskSummary(json);
 }
 
 std::string compact(const rapidjson::Document& document) {

@@ -1,14 +1,13 @@
 #include "persistence/StateFileDecoding.h"
 
+#include <cmath>
 #include <random>
 #include <string>
-#include <thread>
 
 #include <gtest/gtest.h>
 
-#include "base/JsonReader.h"
+#include "base/JsonRead.h"
 #include "model/RecordJson.h"
-#include "persistence/TaskListReadAhead.h"
 
 namespace daywyn {
 namespace {
@@ -120,21 +119,16 @@ private:
 
 TEST_F(StateFileDecodingTest, BigStateDecodesEqualToTheOriginal) {
     ASSERT_GE(text().size(), 1'000'000u);
-    if (std::thread::hardware_concurrency() >= 2) {
-        EXPECT_NE(TaskListReadAhead::start(text()), nullptr);
-    }
     expectDecodesTo(text(), state());
-    // Every length of list around the two halves: the read-ahead must neither drop nor
-    // repeat the element where it starts.
-    for (int count : {1999, 2000, 2001, 3001}) {
+    for (int count : {0, 1, 2001}) {
         PersistedState smaller = state();
         smaller.tasks.resize(count);
         expectDecodesTo(encodeStateFile(smaller), smaller);
     }
 }
 
-// However the text misleads the read-ahead's guess of where the second half of the
-// list begins, the result is the one a single reading gives.
+// Layouts other than the encoder's, and members a newer version may add, read as the
+// same state.
 TEST_F(StateFileDecodingTest, MisleadingTextsDecodeAsTheyRead) {
     // The reports after the tasks, and most of the text: the guess lands on a report.
     const PersistedState manyReports = bigState(600, 3000);
@@ -197,52 +191,39 @@ TEST_F(StateFileDecodingTest, MisleadingTextsDecodeAsTheyRead) {
         const char* what;
         const std::string& text;
         const PersistedState& expected;
-        bool guessed;
     } cases[] = {
-        {"reports after tasks", reportsLast, manyReports, true},
-        {"task-like objects nested in a task", nested, fewTasks, true},
-        {"first task deeper", deepFirst, state(), true},
-        {"guess inside a title", titles, commaTitles, true},
-        {"later tasks on one line", reindented, state(), true},
-        {"some later tasks after a blank line", mixed, state(), true},
+        {"reports after tasks", reportsLast, manyReports},
+        {"task-like objects nested in a task", nested, fewTasks},
+        {"first task deeper", deepFirst, state()},
+        {"titles holding JSON punctuation", titles, commaTitles},
+        {"later tasks on one line", reindented, state()},
+        {"some later tasks after a blank line", mixed, state()},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        ASSERT_GE(c.text.size(), TaskListReadAhead::kMinimumBytes);
-        if (std::thread::hardware_concurrency() >= 2) {
-            EXPECT_EQ(TaskListReadAhead::start(c.text) != nullptr, c.guessed);
-        }
         expectDecodesTo(c.text, c.expected);
     }
 }
 
-// The task list read directly, with the read-ahead the state file would start.
+// The state file's task list read on its own.
 Status decodeTasksOf(const std::string& text, std::vector<TaskItem>& out) {
-    const auto readAhead = TaskListReadAhead::start(text);
-    JsonReader reader(text);
-    std::string_view key;
-    if (!reader.beginObject()) {
-        return Error{"not an object"};
+    JsonInput input(text);
+    JsonDecoder d;
+    simdjson::ondemand::document document;
+    simdjson::ondemand::array list;
+    std::string_view listText;
+    if (!input.iterate(d, document) || document["tasks"].get_array().get(list) ||
+        list.raw_json().get(listText)) {
+        return Error{"no list of tasks"};
     }
-    while (reader.nextKey(key) && key != "tasks") {
-        reader.skipValue();
-    }
-    return readAhead ? readAhead->decode(reader, out)
-                     : decodeTaskList(reader, DateCoding::iso8601, out);
+    return decodeTaskList(listText, DateCoding::iso8601, out);
 }
 
 TEST(StateFileDecodingFaultTest, AFaultyTaskIsNamedWhereverItIs) {
-    // Small enough to try every task from a third of the list to past its middle, where
-    // the read-ahead takes over.
     const PersistedState state = bigState(400, 10);
     const std::string text = encodeStateFile(state);
-    ASSERT_GE(text.size(), TaskListReadAhead::kMinimumBytes);
     const int count = static_cast<int>(state.tasks.size());
-    std::vector<int> faulty = {1, 17, count - 1, count};
-    for (int n = count / 3; n <= count * 3 / 5; ++n) {
-        faulty.push_back(n);
-    }
-    for (int n : faulty) {
+    for (int n : {1, 17, count / 2, count - 1, count}) {
         for (std::string_view fault : {"17", "\"\\uD800\"", "tru"}) {
             SCOPED_TRACE(testing::Message() << "task " << n << " titled " << fault);
             std::string broken = text;
@@ -262,7 +243,7 @@ TEST(StateFileDecodingFaultTest, AFaultyTaskIsNamedWhereverItIs) {
 }
 
 // The earlier format of a long-used install: its list of tasks is first tried in the
-// current format (with the read-ahead) and then read again in its own.
+// current format and then read again in its own.
 TEST(StateFileDecodingLegacyTest, BigOldFormatStillDecodes) {
     LegacyPersistedState expected;
     expected.preferences.dailyReviewHour = 20;
@@ -306,12 +287,103 @@ TEST(StateFileDecodingLegacyTest, BigOldFormatStillDecodes) {
         expected.tasks.push_back(task);
     }
     text += "\n  ],\n  \"version\": 1\n}\n";
-    ASSERT_GE(text.size(), 2 * TaskListReadAhead::kMinimumBytes);
-
     const auto decoded = decodeStateFile(text);
     ASSERT_TRUE(decoded.ok()) << decoded.error();
     ASSERT_TRUE(std::holds_alternative<LegacyPersistedState>(decoded.value()));
     EXPECT_TRUE(std::get<LegacyPersistedState>(decoded.value()) == expected);
+}
+
+} // namespace
+} // namespace daywyn
+
+namespace daywyn {
+namespace {
+
+// A small state whose one report line's "actualSeconds" and first task's title are
+// easy to replace in the text.
+std::string smallStateText(PersistedState& state) {
+    state = bigState(3, 1);
+    state.tasks[0].title = "TITLE";
+    state.reports[0].tasks[0].actualSeconds = 4321.5;
+    return encodeStateFile(state);
+}
+
+TEST(StateFileHostileInputTest, EdgeNumbersAndRepeatedKeysReadAsBefore) {
+    PersistedState state;
+    const std::string text = smallStateText(state);
+    const auto actualSeconds = [&](std::string_view number) -> std::optional<double> {
+        std::string edited = text;
+        replaceOnce(edited, "4321.5", number);
+        const auto decoded = decodeStateFile(edited);
+        if (!decoded) {
+            return std::nullopt;
+        }
+        return std::get<PersistedState>(decoded.value()).reports[0].tasks[0].actualSeconds;
+    };
+    const auto minusZero = actualSeconds("-0");
+    ASSERT_TRUE(minusZero);
+    EXPECT_TRUE(std::signbit(*minusZero));
+    EXPECT_EQ(actualSeconds("0e88"), 0.0);
+    EXPECT_EQ(actualSeconds("12345678901234567890"), 12345678901234567890.0);
+    EXPECT_EQ(actualSeconds("0.30000000000000004"), 0.30000000000000004);
+    EXPECT_EQ(actualSeconds("1e999"), std::nullopt);
+
+    // An integer field takes integers of 64 bits only.
+    std::string longEstimate = text;
+    replaceOnce(longEstimate, "\"estimatedMinutes\": 15",
+                "\"estimatedMinutes\": 12345678901234567890");
+    EXPECT_FALSE(decodeStateFile(longEstimate).ok());
+
+    // Of a repeated key the first counts, in a record and at the top.
+    std::string repeated = text;
+    replaceOnce(repeated, "\"title\": \"TITLE\"", "\"title\": \"TITLE\", \"title\": 7");
+    replaceOnce(repeated, "\n  \"version\": 2",
+                "\n  \"tasks\": 5,\n  \"version\": 2,\n  \"version\": 1");
+    expectDecodesTo(repeated, state);
+
+    // An escaped NUL is a character like any other.
+    std::string escapedNul = text;
+    replaceOnce(escapedNul, "\"TITLE\"", "\"A\\u0000B\"");
+    PersistedState withNul = state;
+    withNul.tasks[0].title = std::string("A\0B", 3);
+    expectDecodesTo(escapedNul, withNul);
+}
+
+TEST(StateFileHostileInputTest, BrokenTextIsRefusedNeverHalfRead) {
+    PersistedState state;
+    const std::string text = smallStateText(state);
+    std::vector<std::pair<std::string, std::string>> cases;
+    for (std::size_t length : {std::size_t{1}, text.size() / 3, text.size() / 2, text.size() - 1}) {
+        cases.emplace_back("truncated to " + std::to_string(length), text.substr(0, length));
+    }
+    const auto edited = [&](std::string_view from, std::string_view to) {
+        std::string copy = text;
+        replaceOnce(copy, from, to);
+        return copy;
+    };
+    cases.emplace_back("a raw NUL in a string", edited("TITLE", std::string("TI\0LE", 5)));
+    cases.emplace_back("invalid UTF-8", edited("TITLE", "TI\xC3\x28LE"));
+    cases.emplace_back("a lone surrogate escape", edited("TITLE", "TI\\uDC00LE"));
+    cases.emplace_back("a missing comma",
+                       edited("\"title\": \"TITLE\"\n", "\"x\": 1 \"title\": \"TITLE\"\n"));
+    cases.emplace_back("text after the object", text + " {}");
+    // Members this version does not know are still checked, however they nest.
+    cases.emplace_back("a broken unknown member",
+                       edited("\n  \"version\"", "\n  \"later\": [1, 2 3],\n  \"version\""));
+    cases.emplace_back("a malformed number in an unknown member",
+                       edited("\n  \"version\"", "\n  \"later\": [01],\n  \"version\""));
+    cases.emplace_back("10,000 nested arrays",
+                       edited("\n  \"version\"", "\n  \"later\": " + std::string(10000, '[') +
+                                                     std::string(10000, ']') + ",\n  \"version\""));
+    for (const auto& [what, bytes] : cases) {
+        SCOPED_TRACE(what);
+        EXPECT_FALSE(decodeStateFile(bytes).ok());
+    }
+    // Unknown members of valid JSON are read past.
+    expectDecodesTo(
+        edited("\n  \"version\"",
+               "\n  \"later\": [[{\"a\": [null, true, -1.5e3, \"\\u00e9\"]}]],\n  \"version\""),
+        state);
 }
 
 } // namespace

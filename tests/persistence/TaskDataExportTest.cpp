@@ -2,6 +2,7 @@
 
 #include "RepositoryTestSupport.h"
 #include "base/Json.h"
+#include "base/JsonRead.h"
 #include "model/RecordJson.h"
 #include "persistence/AtomicFile.h"
 #include "support/FakeFileSystem.h"
@@ -9,6 +10,31 @@
 namespace daywyn::test {
 
 namespace {
+
+// The export's two lists, read back through the program's own reader.
+void readExportLists(const std::string& json, std::vector<TaskItem>& tasks,
+                     std::vector<DailyReport>& reports) {
+    JsonInput input(json);
+    JsonDecoder d;
+    simdjson::ondemand::document document;
+    JsonValue root;
+    ASSERT_TRUE(input.iterate(d, document));
+    ASSERT_TRUE(d.check(document.get_value().get(root)));
+    ASSERT_TRUE(readJsonObject(d, root, [&](std::string_view key, JsonValue& value) {
+        std::string_view text;
+        simdjson::ondemand::array list;
+        if (key != "tasks" && key != "reports") {
+            return skipJson(d, value);
+        }
+        if (value.get_array().get(list) != simdjson::SUCCESS || list.raw_json().get(text)) {
+            return false;
+        }
+        return (key == "tasks" ? decodeTaskList(text, DateCoding::iso8601, tasks)
+                               : decodeReportList(text, DateCoding::iso8601, reports))
+            .ok();
+    })) << d.error();
+    EXPECT_TRUE(jsonAtEnd(document));
+}
 
 const char* const kHeader = "id,title,completed,created_at,completed_at,scheduled_day,"
                             "scheduled_start,scheduled_end,estimate_minutes,actual_seconds,"
@@ -91,20 +117,9 @@ TEST(TaskDataExport, JsonHoldsTasksAndReportsInStoreOrderLikeTheStateFile) {
     EXPECT_EQ(json.rfind("{\n  \"exportedAt\": \"2026-11-01T05:30:00Z\",\n  \"reports\": [", 0),
               0u);
     EXPECT_LT(json.find("\n  \"schemaVersion\": 1,\n"), json.find("\n  \"tasks\": ["));
-    JsonReader reader(json);
     std::vector<TaskItem> tasks;
     std::vector<DailyReport> reports;
-    ASSERT_TRUE(reader.beginObject());
-    for (std::string_view key; reader.nextKey(key);) {
-        if (key == "tasks") {
-            ASSERT_TRUE(decodeTaskList(reader, DateCoding::iso8601, tasks).ok());
-        } else if (key == "reports") {
-            ASSERT_TRUE(decodeReportList(reader, DateCoding::iso8601, reports).ok());
-        } else {
-            ASSERT_TRUE(reader.skipValue());
-        }
-    }
-    ASSERT_TRUE(reader.atEnd());
+    readExportLists(json, tasks, reports);
     EXPECT_EQ(tasks, state.tasks);
     EXPECT_EQ(reports, state.reports);
     const std::string csv = data.csv();

@@ -87,7 +87,7 @@ bool FakeFileSystem::exists(const std::string& path) {
     return real_.exists(path);
 }
 
-int FakeFileSystem::readFile(const std::string& path, std::string& contents) {
+int FakeFileSystem::readFile(const std::string& path, FileBytes& contents) {
     if (const int error = enter(Step::read, path)) {
         return error;
     }

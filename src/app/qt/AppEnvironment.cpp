@@ -8,6 +8,7 @@
 #include "calendar/CombinedCalendarSource.h"
 #include "calendar/qt/CalendarManager.h"
 #include "calendar/qt/EdsCalendarSource.h"
+#include "calendar/qt/GoogleCalendarManager.h"
 #include "calendar/qt/IcsFolderCalendarSource.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/qt/UserSettings.h"
@@ -58,6 +59,9 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     calendarSources_ = std::make_unique<CombinedCalendarSource>(
         std::vector<CalendarSource*>{edsCalendars_.get(), icsCalendars_.get()});
     calendarManager_ = std::make_unique<CalendarManager>(*calendarSources_, calendar_, clock_);
+    googleCalendars_ = GoogleCalendarManager::forThisDesktop(calendar_, clock_);
+    connect(googleCalendars_.get(), &GoogleCalendarManager::eventsChanged, calendarManager_.get(),
+            [this] { calendarManager_->setOtherEvents(googleCalendars_->events()); });
     voiceCapture_.reset(VoiceCaptureManager::forThisDesktop(nullptr));
     voiceReview_ = std::make_unique<VoiceReviewController>(
         *voiceCapture_,
@@ -95,6 +99,12 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     quickCapture_->setPanelEngine(*engine_);
     connect(drawerController_.get(), &EdgePanelController::isVisibleChanged, today_.get(),
             [this] { today_->setLive(drawerController_->isVisible()); });
+    connect(drawerController_.get(), &EdgePanelController::isVisibleChanged, googleCalendars_.get(),
+            [this] {
+                if (drawerController_->isVisible()) {
+                    googleCalendars_->refreshIfNeeded();
+                }
+            });
 
     maintenanceTimer_.setInterval(maintenanceIntervalMilliseconds);
     // Coarse: a pass a few hundred milliseconds late costs nothing and lets the system
@@ -118,6 +128,7 @@ ScreenServices AppEnvironment::screenServices() {
     services.notifications = notificationManager_.get();
     services.drawerReminders = drawerReminders_.get();
     services.calendars = calendarManager_.get();
+    services.googleCalendars = googleCalendars_.get();
     services.quickCapture = quickCapture_.get();
     services.launchAtLogin = launchAtLogin_.get();
     services.systemSettings = systemSettings_.get();
@@ -170,6 +181,7 @@ void AppEnvironment::start() {
         }
     });
     calendarManager_->configure(store_.get());
+    googleCalendars_->restore();
     launchAtLogin_->refresh();
 
     // The listener reaches the controllers weakly: it never keeps one alive, and a
@@ -212,8 +224,8 @@ void AppEnvironment::onPrepareForSleep(bool goingToSleep) {
 }
 
 void AppEnvironment::performMaintenance() {
-    // Google calendars refresh first here once connected accounts exist.
     const Instant now = clock_();
+    googleCalendars_->refreshIfNeeded();
     store_->generateDueReportIfNeeded(now, calendar_);
     // A notification timer that stood still through a suspend delivers now.
     notificationManager_->catchUp();

@@ -20,6 +20,7 @@ class CalendarManager;
 class CombinedCalendarSource;
 class CompletedHistoryModel;
 class EdsCalendarSource;
+class GoogleCalendarManager;
 class IcsFolderCalendarSource;
 class DrawerReminderCoordinator;
 class EdgePanelController;
@@ -92,6 +93,8 @@ public:
     DrawerReminderCoordinator& drawerReminders() { return *drawerReminders_; }
     // Today's events from the desktop's calendars.
     CalendarManager& calendarManager() { return *calendarManager_; }
+    // Connected Google accounts; their events reach the drawer through calendarManager().
+    GoogleCalendarManager& googleCalendars() { return *googleCalendars_; }
     TodayModel& today() { return *today_; }
     // Update checks and downloads, shown on the About page.
     AppUpdateManager& updates() { return *updates_; }
@@ -124,6 +127,7 @@ private:
     std::unique_ptr<IcsFolderCalendarSource> icsCalendars_;
     std::unique_ptr<CombinedCalendarSource> calendarSources_;
     std::unique_ptr<CalendarManager> calendarManager_;
+    std::unique_ptr<GoogleCalendarManager> googleCalendars_;
     std::unique_ptr<VoiceCaptureManager> voiceCapture_;
     std::unique_ptr<VoiceReviewController> voiceReview_;
     std::unique_ptr<Theme> theme_;

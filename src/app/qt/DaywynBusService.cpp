@@ -3,6 +3,7 @@
 #include <QDBusConnection>
 
 #include "app/qt/AppEnvironment.h"
+#include "calendar/qt/CalendarManager.h"
 #include "cli/BusAddress.h"
 #include "cli/CommandLine.h"
 #include "daywyn_adaptor.h"
@@ -22,14 +23,45 @@ bool DaywynBusService::registerOn(QDBusConnection& bus) {
     return bus.registerService(QString::fromLatin1(kBusName));
 }
 
+namespace {
+
+// The calendars as the app last read them, for `daywyn calendars` handed over to it: the
+// bus call is answered at once, never by waiting for a calendar service. The list is
+// only known while calendar events are on.
+class PublishedCalendars : public CalendarReader {
+public:
+    explicit PublishedCalendars(const CalendarManager& manager)
+        : manager_(manager) {}
+
+    CalendarSnapshot readCalendars(const CalendarQuery&) override {
+        CalendarSnapshot snapshot;
+        if (!manager_.integrationEnabled()) {
+            return snapshot;
+        }
+        snapshot.status = manager_.authorizationStatus();
+        for (const auto& choice : manager_.calendars()) {
+            snapshot.calendars.push_back(
+                SourceCalendar{choice.id, choice.title, choice.sourceTitle, choice.colorHex});
+        }
+        snapshot.errorMessage = manager_.errorMessage();
+        return snapshot;
+    }
+
+private:
+    const CalendarManager& manager_;
+};
+
+} // namespace
+
 int DaywynBusService::Run(const QStringList& line, QString& out, QString& err) {
     std::vector<std::string> args;
     args.reserve(static_cast<std::size_t>(line.size()));
     for (const QString& word : line) {
         args.push_back(word.toStdString());
     }
-    const CommandOutput result =
-        runCommand(environment_.store(), args, environment_.now(), environment_.calendar(), this);
+    PublishedCalendars calendars(environment_.calendarManager());
+    const CommandOutput result = runCommand(environment_.store(), args, environment_.now(),
+                                            environment_.calendar(), this, &calendars);
     out = QString::fromStdString(result.out);
     err = QString::fromStdString(result.err);
     return result.status;

@@ -10,6 +10,7 @@ class CalendarManager;
 class CompletedHistoryModel;
 class DrawerReminderCoordinator;
 class EdgePanelController;
+class GoogleCalendarManager;
 class LaunchAtLoginController;
 class NotificationManager;
 class QuickCaptureController;
@@ -33,6 +34,7 @@ struct ScreenServices {
     NotificationManager* notifications = nullptr;
     DrawerReminderCoordinator* drawerReminders = nullptr;
     CalendarManager* calendars = nullptr;
+    GoogleCalendarManager* googleCalendars = nullptr;
     QuickCaptureController* quickCapture = nullptr;
     LaunchAtLoginController* launchAtLogin = nullptr;
     SystemSettingsNavigator* systemSettings = nullptr;

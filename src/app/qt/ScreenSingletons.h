@@ -6,6 +6,7 @@
 #include "app/qt/AppEnvironment.h"
 #include "app/qt/ScreenEngine.h"
 #include "calendar/qt/CalendarManager.h"
+#include "calendar/qt/GoogleCalendarManager.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
 #include "reminders/qt/NotificationManager.h"
 #include "shell/qt/EdgePanelController.h"
@@ -120,6 +121,18 @@ struct CalendarsSingleton {
 public:
     static CalendarManager* create(QQmlEngine* engine, QJSEngine*) {
         return ScreenEngine::part(engine, &ScreenServices::calendars);
+    }
+};
+
+struct GoogleCalendarsSingleton {
+    Q_GADGET
+    QML_FOREIGN(daywyn::GoogleCalendarManager)
+    QML_NAMED_ELEMENT(GoogleCalendars)
+    QML_SINGLETON
+
+public:
+    static GoogleCalendarManager* create(QQmlEngine* engine, QJSEngine*) {
+        return ScreenEngine::part(engine, &ScreenServices::googleCalendars);
     }
 };
 

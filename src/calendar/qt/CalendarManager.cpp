@@ -54,6 +54,7 @@ void CalendarManager::publishEmpty() {
     requestedDay_.reset();
     calendars_.clear();
     todayEvents_.clear();
+    mergeEvents();
     Q_EMIT changed();
 }
 
@@ -99,7 +100,20 @@ void CalendarManager::apply(CalendarSnapshot snapshot, DayInterval day) {
                                      [] { return Uuid::random().text(); });
     }
     displayedDay_ = day.start;
+    mergeEvents();
     Q_EMIT changed();
+}
+
+void CalendarManager::setOtherEvents(std::vector<CalendarEventItem> events) {
+    otherEvents_ = std::move(events);
+    mergeEvents();
+    Q_EMIT changed();
+}
+
+void CalendarManager::mergeEvents() {
+    std::vector<CalendarEventItem> all = todayEvents_;
+    all.insert(all.end(), otherEvents_.begin(), otherEvents_.end());
+    mergedEvents_ = CalendarEventItem::deduplicated(std::move(all));
 }
 
 void CalendarManager::refreshIfDayChanged(Instant now) {
@@ -196,7 +210,7 @@ QVariantList CalendarManager::calendarGroups() const {
 
 QVariantList CalendarManager::todayEventRows() const {
     QVariantList rows;
-    for (const auto& event : todayEvents_) {
+    for (const auto& event : mergedEvents_) {
         QVariantMap row;
         row.insert(QStringLiteral("id"), QString::fromStdString(event.id));
         row.insert(QStringLiteral("title"), QString::fromStdString(event.title));

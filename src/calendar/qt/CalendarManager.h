@@ -65,7 +65,10 @@ public:
 
     CalendarAccessStatus authorizationStatus() const { return status_; }
     const std::vector<CalendarChoice>& calendars() const { return calendars_; }
-    const std::vector<CalendarEventItem>& todayEvents() const { return todayEvents_; }
+    // Today's events of the system calendars and of the other sources, by start.
+    const std::vector<CalendarEventItem>& todayEvents() const { return mergedEvents_; }
+    // Events from elsewhere (connected Google accounts) shown beside the system ones.
+    void setOtherEvents(std::vector<CalendarEventItem> events);
     const std::optional<std::string>& errorMessage() const { return errorMessage_; }
     // The start of the day todayEvents belongs to; absent before the first read.
     std::optional<Instant> displayedDay() const { return displayedDay_; }
@@ -87,6 +90,7 @@ private:
     void publishEmpty();
     void apply(CalendarSnapshot snapshot, DayInterval day);
     std::vector<std::string> selectedIdentifiers() const;
+    void mergeEvents();
 
     CalendarSource& source_;
     Calendar calendar_;
@@ -95,6 +99,8 @@ private:
     CalendarAccessStatus status_ = CalendarAccessStatus::notDetermined;
     std::vector<CalendarChoice> calendars_;
     std::vector<CalendarEventItem> todayEvents_;
+    std::vector<CalendarEventItem> otherEvents_;
+    std::vector<CalendarEventItem> mergedEvents_;
     std::optional<std::string> errorMessage_;
     std::optional<Instant> displayedDay_;
     std::optional<Instant> requestedDay_;

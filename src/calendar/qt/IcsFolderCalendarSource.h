@@ -12,12 +12,9 @@
 
 namespace daywyn {
 
-// Calendars kept as iCalendar files in one folder ($XDG_DATA_HOME/Daywyn/calendars/):
-// each .ics file is one calendar, and each sub-folder of .ics files (one event per
-// file, as vdirsyncer and khal write them) is one calendar named by its "displayname"
-// file and coloured by its "color" file. Files are parsed once and again only when
-// they change; reading runs off the main thread and completes on it. The folder is
-// watched, so a changed file is noticed without a restart.
+// The folder of iCalendar files (IcsFolderReader) as a source for the app: reading runs
+// off the main thread and completes on it, and the folder is watched, so a changed
+// file is noticed without a restart.
 class IcsFolderCalendarSource : public QObject, public CalendarSource {
     Q_OBJECT
 
@@ -39,6 +36,7 @@ public:
 private:
     void watchFolder();
 
+    QString folder_;
     struct State;
     std::shared_ptr<State> state_;
     QFileSystemWatcher watcher_;

@@ -8,7 +8,10 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
+#include <malloc.h>
 #include <memory>
+#include <spawn.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <systemd/sd-bus.h>
 #include <thread>
@@ -20,9 +23,9 @@
 #include "cli/BusAddress.h"
 #include "cli/CommandLine.h"
 #include "cli/VerbHelp.h"
+#include "cli/bus/SystemCalendars.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
-#include "voice/sphinx/TranscribeCommand.h"
 
 namespace daywyn {
 
@@ -216,7 +219,7 @@ CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool s
 // Starts the desktop app detached from this process, for a window verb where the bus
 // cannot start it (no service file: run from the build tree, not installed).
 bool startAppInBackground() {
-    const std::string app = desktopAppPath();
+    const std::string app = helperProgramPath("daywyn-app");
     if (app.empty()) {
         return false;
     }
@@ -260,33 +263,102 @@ CommandOutput runWindowVerb(sd_bus* bus, const std::vector<std::string>& args) {
     return runInApp(bus, args, false);
 }
 
-int runHere(VerbLine& line, VerbAccess access) {
+// `daywyn transcribe` through daywyn-transcribe, which prints the transcript itself:
+// the recogniser's libraries are loaded by that program alone.
+class TranscriberProgram : public RecordingTranscriber {
+public:
+    CommandOutput transcribe(const std::vector<std::string>& args, Instant now,
+                             const Calendar&) override {
+        const std::string program = helperProgramPath("daywyn-transcribe");
+        if (program.empty()) {
+            return CommandOutput{
+                1, {}, "Daywyn could not find daywyn-transcribe; is it installed?\n"};
+        }
+        std::vector<std::string> line{program, isoText(now)};
+        line.insert(line.end(), args.begin(), args.end());
+        std::vector<char*> argv;
+        for (auto& arg : line) {
+            argv.push_back(arg.data());
+        }
+        argv.push_back(nullptr);
+        std::fflush(nullptr);
+        pid_t child = 0;
+        if (const int error =
+                ::posix_spawn(&child, program.c_str(), nullptr, nullptr, argv.data(), environ);
+            error != 0) {
+            return CommandOutput{
+                1, {}, "Daywyn could not start " + program + ": " + std::strerror(error) + "\n"};
+        }
+        int status = 0;
+        while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+        }
+        return CommandOutput{WIFEXITED(status) ? WEXITSTATUS(status) : 1, {}, {}};
+    }
+};
+
+// A verb that opens the store reads the whole state file into fresh memory and, to
+// save, encodes all of it again: some 20 MB for 5,000 tasks, touched once by a process
+// that lives for milliseconds. Taken a 4 KiB page at a time, faulting it in cost more
+// than the reading and encoding themselves (a virtual machine makes each fault dearer),
+// so the heap is grown in one step and put on transparent huge pages, and the large
+// buffers come from it instead of a mapping each. One arena: the read-ahead thread's
+// records land there too. The kernel gives 4 KiB pages where it has no huge ones.
+void useHugePagesForTheHeap() {
+    constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;
+    constexpr int kMmapThreshold = 32 << 20; // the largest glibc allows
+    constexpr int kTopPad = 2 * kMmapThreshold;
+    ::mallopt(M_ARENA_MAX, 1);
+    ::mallopt(M_MMAP_THRESHOLD, kMmapThreshold);
+    ::mallopt(M_TRIM_THRESHOLD, 4 * kTopPad);
+    ::mallopt(M_TOP_PAD, kTopPad);
+    const auto before = reinterpret_cast<std::uintptr_t>(::sbrk(0));
+    // Grows the heap by this block and the pad. Its end, where malloc writes the header
+    // of the free rest, is the only new page touched before the advice below, so it is
+    // placed far up, where a 4 KiB page there costs least. (volatile: a compiler may
+    // drop a malloc that is freed unused.)
+    void* volatile grown = std::malloc(static_cast<std::size_t>(kMmapThreshold) - 4096);
+    std::free(grown);
+    const auto after = reinterpret_cast<std::uintptr_t>(::sbrk(0));
+    const std::uintptr_t from = (before + kHugePage - 1) & ~(kHugePage - 1);
+    if (before != static_cast<std::uintptr_t>(-1) && after > from) {
+        ::madvise(reinterpret_cast<void*>(from), after - from, MADV_HUGEPAGE);
+    }
+}
+
+// The state file's repository; null (the reason printed) when there is no data folder.
+std::unique_ptr<JSONTaskRepository> stateRepository() {
+    auto path = JSONTaskRepository::defaultFilePath();
+    if (!path) {
+        std::fprintf(stderr, "%s\n", path.error().c_str());
+        return nullptr;
+    }
+    const Clock clock = [] {
+        return currentInstant();
+    };
+    return std::make_unique<JSONTaskRepository>(path.value(), std::make_shared<PosixFileSystem>(),
+                                                clock, clock);
+}
+
+// Runs the verb in this process. `repository` is the state file's (null for a verb
+// that needs no store), holding the writer lock for a writing verb; `locked` says why
+// a writing verb could not have it.
+int runHere(VerbLine& line, std::unique_ptr<JSONTaskRepository> repository, const Status& locked) {
     const Instant now = currentInstant();
     const Calendar calendar;
     if (auto refused = prepareCommand(line, now, calendar)) {
         return print(*refused);
     }
     if (!line.verb->needsStore) {
-        PocketSphinxTranscriber transcriber;
+        TranscriberProgram transcriber;
         VerbContext context{nullptr, now, calendar, nullptr, &transcriber};
         return print(runVerbLine(line, context));
     }
-    auto path = JSONTaskRepository::defaultFilePath();
-    if (!path) {
-        std::fprintf(stderr, "%s\n", path.error().c_str());
+    if (!locked) {
+        std::fprintf(stderr, "%s\n", locked.error().c_str());
         return 1;
     }
-    const Clock clock = [] {
-        return currentInstant();
-    };
-    auto repository = std::make_unique<JSONTaskRepository>(
-        path.value(), std::make_shared<PosixFileSystem>(), clock, clock);
     std::unique_ptr<TaskRepository> storeRepository;
-    if (access == VerbAccess::writing) {
-        if (auto locked = repository->acquireWriterLock(); !locked) {
-            std::fprintf(stderr, "%s\n", locked.error().c_str());
-            return 1;
-        }
+    if (repository->holdsWriterLock()) {
         storeRepository = std::move(repository);
     } else {
         storeRepository = std::make_unique<ReadOnlyRepository>(std::move(repository));
@@ -296,21 +368,23 @@ int runHere(VerbLine& line, VerbAccess access) {
         // The unreadable file was moved aside; say so, then carry on with a fresh one.
         std::fprintf(stderr, "%s\n", store.persistenceError()->c_str());
     }
-    VerbContext context{&store, now, calendar, nullptr};
+    SystemCalendars calendars(calendar);
+    VerbContext context{&store, now, calendar, nullptr, nullptr, &calendars};
     return print(runVerbLine(line, context));
 }
 
 } // namespace
 
-std::string desktopAppPath() {
+std::string helperProgramPath(const std::string& name) {
     char path[PATH_MAX];
     const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
     const std::string self =
         length > 0 ? std::string(path, static_cast<std::size_t>(length)) : std::string();
     const std::string folder = self.substr(0, self.rfind('/'));
-    for (const std::string& app : {folder + "/daywyn-app", folder + "/" DAYWYN_APP_FROM_BINDIR}) {
-        if (::access(app.c_str(), X_OK) == 0) {
-            return app;
+    for (const std::string& program :
+         {folder + "/" + name, folder + "/" DAYWYN_LIBEXEC_FROM_BINDIR "/" + name}) {
+        if (::access(program.c_str(), X_OK) == 0) {
+            return program;
         }
     }
     return {};
@@ -350,12 +424,27 @@ int runCommandLine(const std::vector<std::string>& given) {
         }
         return print(runWindowVerb(bus.get(), args));
     }
+    if (!parsed.line.verb->needsStore) {
+        return runHere(parsed.line, nullptr, {});
+    }
+    auto repository = stateRepository();
+    if (!repository) {
+        return 1;
+    }
+    Status locked;
     if (access == VerbAccess::writing) {
-        if (Bus bus = sessionBus(); bus && appIsRunning(bus.get())) {
-            return print(runInApp(bus.get(), args, false));
+        // The desktop app holds the writer lock for as long as it runs, so a lock had
+        // here means the verb is carried out here, without a word on the bus. When
+        // another process holds it and that is the app, the app carries it out.
+        locked = repository->acquireWriterLock();
+        if (!locked) {
+            if (Bus bus = sessionBus(); bus && appIsRunning(bus.get())) {
+                return print(runInApp(bus.get(), args, false));
+            }
         }
     }
-    return runHere(parsed.line, access);
+    useHugePagesForTheHeap();
+    return runHere(parsed.line, std::move(repository), locked);
 }
 
 } // namespace daywyn

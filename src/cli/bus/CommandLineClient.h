@@ -12,8 +12,9 @@ namespace daywyn {
 // process's exit status. Loads no Qt: the core, ICU and sd-bus only.
 int runCommandLine(const std::vector<std::string>& args);
 
-// The desktop app's program: daywyn-app beside this program (the build tree), else
-// where `make install` put it relative to this program. Empty when neither exists.
-std::string desktopAppPath();
+// One of Daywyn's own programs (daywyn-app, daywyn-transcribe): beside this program
+// (the build tree), else where `make install` put it relative to this program. Empty
+// when neither exists.
+std::string helperProgramPath(const std::string& name);
 
 } // namespace daywyn

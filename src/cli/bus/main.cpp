@@ -13,7 +13,7 @@
 namespace {
 
 int startDesktopApp(char** argv) {
-    const std::string app = daywyn::desktopAppPath();
+    const std::string app = daywyn::helperProgramPath("daywyn-app");
     if (app.empty()) {
         std::fprintf(stderr, "Daywyn could not find daywyn-app; is it installed?\n");
         return 1;

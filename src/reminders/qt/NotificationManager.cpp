@@ -12,14 +12,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QSaveFile>
 
+#include "persistence/AtomicFile.h"
+#include "persistence/PosixFileSystem.h"
 #include "persistence/XdgPaths.h"
 #include "reminders/DesiredNotifications.h"
 #include "reminders/NotificationChanges.h"
+#include "reminders/PendingNotificationFile.h"
 
 namespace daywyn {
 namespace {
@@ -43,40 +42,12 @@ NotificationManager::Pending pendingOf(const NotificationRequest& request) {
             request.category,   request.fireAt, request.taskId};
 }
 
-QJsonObject encodePending(const NotificationManager::Pending& p) {
-    QJsonObject o;
-    o[QStringLiteral("identifier")] = qs(p.identifier);
-    o[QStringLiteral("title")] = qs(p.title);
-    o[QStringLiteral("body")] = qs(p.body);
-    if (p.category) {
-        o[QStringLiteral("category")] = qs(*p.category);
-    }
-    o[QStringLiteral("fireAt")] = p.fireAt.seconds;
-    if (p.taskId) {
-        o[QStringLiteral("taskID")] = qs(p.taskId->text());
-    }
-    return o;
+PendingNotificationEntry entryOf(const NotificationManager::Pending& p) {
+    return {p.identifier, p.title, p.body, p.category, p.fireAt.seconds, p.taskId};
 }
 
-std::optional<NotificationManager::Pending> decodePending(const QJsonValue& value) {
-    const QJsonObject o = value.toObject();
-    const QJsonValue identifier = o.value(QStringLiteral("identifier"));
-    const QJsonValue fireAt = o.value(QStringLiteral("fireAt"));
-    if (!identifier.isString() || !fireAt.isDouble()) {
-        return std::nullopt;
-    }
-    NotificationManager::Pending p;
-    p.identifier = identifier.toString().toStdString();
-    p.title = o.value(QStringLiteral("title")).toString().toStdString();
-    p.body = o.value(QStringLiteral("body")).toString().toStdString();
-    if (o.contains(QStringLiteral("category"))) {
-        p.category = o.value(QStringLiteral("category")).toString().toStdString();
-    }
-    p.fireAt = Instant{fireAt.toDouble()};
-    if (o.contains(QStringLiteral("taskID"))) {
-        p.taskId = Uuid::parse(o.value(QStringLiteral("taskID")).toString().toStdString());
-    }
-    return p;
+NotificationManager::Pending pendingOf(const PendingNotificationEntry& e) {
+    return {e.identifier, e.title, e.body, e.category, Instant{e.fireAt}, e.taskId};
 }
 
 } // namespace
@@ -181,45 +152,42 @@ void NotificationManager::load() {
                  ". They will be planned again from your tasks.");
         return;
     }
-    QJsonParseError parseError{};
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
+    const QByteArray bytes = file.readAll();
     file.close();
-    if (!document.isObject()) {
+    auto decoded = PendingNotificationFile::decode(
+        std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+    if (!decoded) {
         // Kept aside for a look, never overwritten: the rules plan everything again.
         const QString aside = statePath_ + QStringLiteral(".unreadable");
         QFile::remove(aside);
         QFile::rename(statePath_, aside);
-        setError("The pending reminders file is not valid JSON (" +
-                 parseError.errorString().toStdString() + "); it was moved to " +
-                 aside.toStdString() + " and the reminders are planned again from your tasks.");
+        setError("The pending reminders file is not valid JSON (" + decoded.error() +
+                 "); it was moved to " + aside.toStdString() +
+                 " and the reminders are planned again from your tasks.");
         return;
     }
     const Instant now = clock_();
     std::vector<Pending> late;
-    for (const QJsonValue& value : document.object().value(QStringLiteral("pending")).toArray()) {
-        auto p = decodePending(value);
-        if (!p) {
-            continue;
-        }
-        if (p->fireAt > now) {
-            pending_[p->identifier] = *p;
-        } else if (now - p->fireAt < kLateDeliveryLimitSeconds) {
-            late.push_back(*p);
+    for (const PendingNotificationEntry& entry : decoded->pending) {
+        const Pending p = pendingOf(entry);
+        if (p.fireAt > now) {
+            pending_[p.identifier] = p;
+        } else if (now - p.fireAt < kLateDeliveryLimitSeconds) {
+            late.push_back(p);
         }
     }
     // Notifications still on screen from the last run keep their actions, as long as
     // the same server process shows them.
     const QString server =
         bus_.isConnected() ? bus_.interface()->serviceOwner(kService).value() : QString();
-    for (const QJsonValue& value : document.object().value(QStringLiteral("shown")).toArray()) {
-        const QJsonObject o = value.toObject();
-        const QString owner = o.value(QStringLiteral("server")).toString();
-        if (server.isEmpty() || owner != server || !o.value(QStringLiteral("id")).isDouble()) {
+    for (const ShownNotificationEntry& shown : decoded->shown) {
+        const QString owner = QString::fromStdString(shown.server);
+        // An id that is no notification id (hand-edited, say) is dropped, not converted.
+        if (server.isEmpty() || owner != server || !(shown.id >= 0.0) ||
+            shown.id > static_cast<double>(std::numeric_limits<uint>::max())) {
             continue;
         }
-        Sent sent{o.value(QStringLiteral("identifier")).toString().toStdString(),
-                  Uuid::parse(o.value(QStringLiteral("taskID")).toString().toStdString()), owner};
-        sent_[static_cast<uint>(o.value(QStringLiteral("id")).toDouble())] = sent;
+        sent_[static_cast<uint>(shown.id)] = Sent{shown.identifier, shown.taskId, owner};
     }
     std::sort(late.begin(), late.end(),
               [](const Pending& a, const Pending& b) { return a.fireAt < b.fireAt; });
@@ -233,28 +201,19 @@ void NotificationManager::load() {
 
 std::optional<std::string> NotificationManager::save() {
     QDir().mkpath(QFileInfo(statePath_).absolutePath());
-    QJsonArray list;
+    PendingNotificationFile file;
     for (const Pending& p : pending()) {
-        list.append(encodePending(p));
+        file.pending.push_back(entryOf(p));
     }
-    QJsonArray shown;
     for (const auto& [id, sent] : sent_) {
-        QJsonObject o;
-        o[QStringLiteral("id")] = static_cast<double>(id);
-        o[QStringLiteral("identifier")] = qs(sent.identifier);
-        o[QStringLiteral("server")] = sent.server;
-        if (sent.taskId) {
-            o[QStringLiteral("taskID")] = qs(sent.taskId->text());
-        }
-        shown.append(o);
+        file.shown.push_back(
+            {static_cast<double>(id), sent.identifier, sent.server.toStdString(), sent.taskId});
     }
-    QJsonObject root;
-    root[QStringLiteral("pending")] = list;
-    root[QStringLiteral("shown")] = shown;
-    QSaveFile file(statePath_);
-    if (!file.open(QIODevice::WriteOnly) ||
-        file.write(QJsonDocument(root).toJson(QJsonDocument::Indented)) < 0 || !file.commit()) {
-        return file.errorString().toStdString();
+    PosixFileSystem fs;
+    // Private like the state file: it holds the titles of the user's tasks.
+    if (auto written = writeFileAtomically(fs, statePath_.toStdString(), file.encode(), 0600);
+        !written) {
+        return written.error();
     }
     return std::nullopt;
 }

@@ -280,12 +280,6 @@ bool QuickCaptureController::submit() {
     return true;
 }
 
-bool QuickCaptureController::submitVoice() {
-    // Voice capture cannot be opened in this version, so there is never a list to save.
-    setCaptureError(QStringLiteral("Open voice capture before saving a list."));
-    return false;
-}
-
 void QuickCaptureController::dismiss(bool restoreFocus) {
     const bool handBack = restoreFocus && shouldRestoreFocus_ && previousWindow_ != 0;
     const std::uint32_t previous = previousWindow_;

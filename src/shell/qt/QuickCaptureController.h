@@ -38,8 +38,6 @@ class QuickCaptureController : public QObject {
     Q_PROPERTY(QString captureError READ captureError NOTIFY captureErrorChanged)
     Q_PROPERTY(QString draftText READ draftText WRITE setDraftText NOTIFY draftTextChanged)
     Q_PROPERTY(bool isPanelVisible READ isPanelVisible NOTIFY panelVisibleChanged)
-    Q_PROPERTY(bool isVoiceAvailable READ isVoiceAvailable CONSTANT)
-    Q_PROPERTY(bool isVoicePresented READ isVoicePresented CONSTANT)
 
 public:
     // The user setting; absent means on (and is then written as true).
@@ -76,9 +74,6 @@ public:
     QString draftText() const { return draftText_; }
     void setDraftText(const QString& text);
     bool isPanelVisible() const { return panelVisible_; }
-    // Voice capture is not part of this version: the panel shows its button disabled.
-    bool isVoiceAvailable() const { return false; }
-    bool isVoicePresented() const { return false; }
 
     // Opens the panel on the screen under the pointer and focuses its field, remembering
     // the window in front. Open already: focuses the field again where it is.
@@ -86,8 +81,6 @@ public:
     // Adds the typed task. An invalid line or a failed save shows the sentence and keeps
     // the panel and its text; success clears the text and closes the panel. True when added.
     Q_INVOKABLE bool submit();
-    // Saves a reviewed voice list; refused while voice capture is not open.
-    Q_INVOKABLE bool submitVoice();
     // Closes the panel; with `restoreFocus` the remembered window gets the keyboard back.
     Q_INVOKABLE void dismiss(bool restoreFocus);
 

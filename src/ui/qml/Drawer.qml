@@ -161,7 +161,7 @@ Rectangle {
             color: Theme.text
             font.pixelSize: 13
             Accessible.name: "Add a task"
-            Keys.onDownPressed: list.enter()
+            Keys.onDownPressed: if (!events.enter(false)) list.enter()
             property var chips: []
             onTextChanged: chips = Today.previewQuickAdd(text)
             onAccepted: if (Today.addFromText(text)) text = ""
@@ -201,7 +201,10 @@ Rectangle {
 
         // Today's calendar events, above the tasks.
         TodayEvents {
+            id: events
             Layout.fillWidth: true
+            onLeaveUp: addField.forceActiveFocus()
+            onLeaveDown: list.enter()
         }
 
         ListView {
@@ -252,7 +255,7 @@ Rectangle {
                 if (row >= 0) {
                     currentIndex = row
                     showCurrent()
-                } else if (step < 0) {
+                } else if (step < 0 && !events.enter(true)) {
                     addField.forceActiveFocus()
                 }
             }

@@ -14,8 +14,15 @@ Rectangle {
     implicitHeight: Math.max(36, content.implicitHeight + 12)
     radius: 8
     color: "transparent"
+    activeFocusOnTab: true
+    border.width: activeFocus ? 2 : 0
+    border.color: Theme.focusRing
     Accessible.role: Accessible.ListItem
     Accessible.name: timeText + ", " + title + " (" + calendarTitle + ")"
+    Accessible.description: link !== "" ? "Press Return to open the meeting link." : ""
+    Keys.onReturnPressed: if (link !== "") Calendars.openLink(link)
+    Keys.onEnterPressed: if (link !== "") Calendars.openLink(link)
+    Keys.onSpacePressed: if (link !== "") Calendars.openLink(link)
 
     RowLayout {
         id: content
@@ -49,6 +56,8 @@ Rectangle {
         }
         FlatButton {
             visible: row.link !== ""
+            // The row itself takes the keyboard: Return opens the link.
+            focusPolicy: Qt.NoFocus
             text: "Open meeting link"
             onClicked: Calendars.openLink(row.link)
         }

@@ -4,7 +4,8 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
 // The "calendars" page of the settings window: the integration switch, the calendars
-// to show grouped by account with their colours, and why no events appear.
+// to show grouped by account with their colours, why no events appear, and the
+// directly connected Google accounts.
 ColumnLayout {
     spacing: 16
     SettingsPageTitle { title: "Calendars"; Layout.fillWidth: true }
@@ -84,6 +85,7 @@ ColumnLayout {
                 }
             }
         }
+        SettingsGoogleAccounts {}
         SettingsSection {
             title: "Calendar accounts"
             note: "Online calendars (Google, Nextcloud, Microsoft 365) come through the accounts of your desktop."

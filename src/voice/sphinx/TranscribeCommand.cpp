@@ -2,7 +2,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <sstream>
 
 #include "base/Json.h"
 #include "parsing/VoiceTaskParser.h"
@@ -146,14 +145,6 @@ int runTranscribeCommand(const std::vector<std::string>& args, Instant now,
         }
     }
     return 0;
-}
-
-CommandOutput PocketSphinxTranscriber::transcribe(const std::vector<std::string>& args, Instant now,
-                                                  const Calendar& calendar) {
-    std::ostringstream out;
-    std::ostringstream err;
-    const int status = runTranscribeCommand(args, now, calendar, out, err);
-    return CommandOutput{status, out.str(), err.str()};
 }
 
 } // namespace daywyn

@@ -6,7 +6,6 @@
 
 #include "base/Calendar.h"
 #include "base/Instant.h"
-#include "cli/Verb.h"
 
 namespace daywyn {
 
@@ -16,12 +15,5 @@ namespace daywyn {
 // starts with the verb. Returns the exit status (0, 1 failure, 2 usage).
 int runTranscribeCommand(const std::vector<std::string>& args, Instant now,
                          const Calendar& calendar, std::ostream& out, std::ostream& err);
-
-// The recogniser behind the command line's `transcribe` verb.
-class PocketSphinxTranscriber : public RecordingTranscriber {
-public:
-    CommandOutput transcribe(const std::vector<std::string>& args, Instant now,
-                             const Calendar& calendar) override;
-};
 
 } // namespace daywyn

@@ -1,4 +1,4 @@
-#include "calendar/qt/IcsCalendarFile.h"
+#include "calendar/system/IcsCalendarFile.h"
 
 #include <fstream>
 #include <sstream>
@@ -115,6 +115,33 @@ TEST(IcsCalendarFile, EventInAZoneDefinedByTheFileKeepsItsOwnClock) {
     EXPECT_EQ(occurrencesOn(file, test::berlin(), 2026, 3, 10),
               (std::vector<Occurrence>{
                   {"Call with New York", "2026-03-10T14:00:00Z", "2026-03-10T15:00:00Z", false}}));
+}
+
+TEST(IcsCalendarFile, AddedDatesJoinTheRuleAndFollowExclusionsAndChanges) {
+    IcsCalendarFile file;
+    ASSERT_TRUE(file.addText(fixture("added-dates.ics")));
+    const Calendar berlin = test::berlin();
+    const struct {
+        int day;
+        std::vector<Occurrence> expected;
+    } days[] = {
+        // The first start of an event with added dates and no rule.
+        {3, {{"Review", "2026-03-03T09:00:00Z", "2026-03-03T10:00:00Z", false}}},
+        // An added date on a Wednesday beside a Monday rule.
+        {4, {{"Sync", "2026-03-04T08:00:00Z", "2026-03-04T08:30:00Z", false}}},
+        // The added 15:00 was moved to 16:00: only the moved one shows.
+        {5, {{"Review (moved)", "2026-03-05T15:00:00Z", "2026-03-05T16:00:00Z", false}}},
+        // An added date that is also the rule's Monday shows once.
+        {9, {{"Sync", "2026-03-09T08:00:00Z", "2026-03-09T08:30:00Z", false}}},
+        // Added, then excluded.
+        {10, {}},
+        // An added date without a time starts at the event's time of day.
+        {12, {{"Review", "2026-03-12T09:00:00Z", "2026-03-12T10:00:00Z", false}}},
+    };
+    for (const auto& day : days) {
+        SCOPED_TRACE(day.day);
+        EXPECT_EQ(occurrencesOn(file, berlin, 2026, 3, day.day), day.expected);
+    }
 }
 
 TEST(IcsCalendarFile, RefusesTextThatIsNotACalendar) {

@@ -1,5 +1,7 @@
 #include "voice/qt/VoiceReviewController.h"
 
+#include <cmath>
+
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTimer>
@@ -188,6 +190,73 @@ TEST(VoiceReviewController, StopBeforeListeningAndClosingMidCaptureLeaveNothingR
     EXPECT_EQ(t.screen->phase(), "idle");
     t.recognizer.sendFinalFor(t.recognizer.lastGeneration, "call mom");
     EXPECT_EQ(t.voice->transcript(), "") << "a closed capture's late words are dropped";
+}
+
+TEST(VoiceReviewController, ATenMinuteRecordingEndsInReviewWithEveryTaskAndKeepsTheLoopFree) {
+    // Ten minutes of 16 kHz audio in the microphone's 1024-sample buffers, a task spoken
+    // every 20 seconds with the recogniser's partial growing as it goes; the fake ports
+    // let it run in far less than ten minutes.
+    ScreenUnderTest t;
+    t.listen();
+    constexpr int kTasks = 30;
+    constexpr std::size_t kBuffer = 1024;
+    constexpr std::size_t kSamples = 10 * 60 * 16000;
+    const auto taskWords = [](int n) {
+        return "call client number " + std::to_string(n);
+    };
+    std::string partial;
+    std::vector<TranscriptSegment> segments;
+    int loopTicks = 0;
+    QTimer ticker;
+    QObject::connect(&ticker, &QTimer::timeout, [&loopTicks] { ++loopTicks; });
+    ticker.start(0);
+    int nextTask = 0;
+    for (std::size_t sent = 0; sent < kSamples; sent += kBuffer) {
+        const double seconds = static_cast<double>(sent) / 16000.0;
+        // Speech for the first two seconds of every twenty, silence between.
+        const bool speaking = std::fmod(seconds, 20.0) < 2.0;
+        t.microphone.deliver(FakeMicrophoneSource::bufferWithPeak(speaking ? 4000 : 10, kBuffer));
+        if (speaking && nextTask == static_cast<int>(seconds / 20.0)) {
+            const std::string words = taskWords(nextTask);
+            partial += (partial.empty() ? "" : " ") + words;
+            t.speak(partial);
+            double at = nextTask * 20.0;
+            for (const char* word : {"call", "client", "number"}) {
+                segments.push_back({word, at, 0.3});
+                at += 0.35;
+            }
+            segments.push_back({std::to_string(nextTask), at, 0.3});
+            ++nextTask;
+        }
+        if (sent % (kBuffer * 64) == 0) {
+            QCoreApplication::processEvents();
+        }
+    }
+    ASSERT_EQ(nextTask, kTasks);
+    EXPECT_EQ(t.recognizer.samplesAppended, (kSamples + kBuffer - 1) / kBuffer * kBuffer);
+    EXPECT_EQ(t.screen->phase(), "listening");
+    EXPECT_EQ(t.voice->transcript().toStdString(), partial);
+    // The event loop kept running while the audio came in.
+    EXPECT_GT(loopTicks, 100);
+
+    t.screen->toggleCapture();
+    EXPECT_EQ(t.screen->phase(), "finalizing");
+    const int ticksBeforeFinal = loopTicks;
+    QTimer::singleShot(200, [&t, &segments] { t.recognizer.sendFinal(segments); });
+    ASSERT_TRUE(waitUntil([&t] { return t.screen->isReviewing(); }));
+    EXPECT_GT(loopTicks, ticksBeforeFinal) << "the wait for the final result never blocks";
+    EXPECT_EQ(t.screen->reviewNotice(), "");
+    ASSERT_EQ(t.titles().size(), kTasks);
+    EXPECT_EQ(t.titles().front(), "Call client number 0");
+    EXPECT_EQ(t.titles().back(), "Call client number 29");
+    // The whole transcript is kept, one pause marker between each two tasks.
+    const std::string transcript = t.voice->transcript().toStdString();
+    EXPECT_EQ(std::count(transcript.begin(), transcript.end(), '|'), kTasks - 1);
+    EXPECT_FALSE(t.microphone.running);
+
+    // And it saves in one step.
+    EXPECT_TRUE(t.screen->save());
+    EXPECT_EQ(t.store->tasks().size(), static_cast<std::size_t>(kTasks));
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -112,6 +113,31 @@ TEST(PocketSphinxRecognition, ALongPauseBetweenSpokenTasksGivesTwoCandidates) {
     const auto together = test::spokenList({"buy milk", "call the dentist at five pm"}, 0.2);
     EXPECT_EQ(transcriptWithPauseMarkers(decodeRecording(decoder(), audioOf(together))).find('|'),
               std::string::npos);
+}
+
+TEST(PocketSphinxRecognition, AHundredSecondListWithLongSilencesKeepsEveryTask) {
+    // Twelve tasks with eight seconds of silence between them: over 100 seconds of audio,
+    // decoded in one utterance, as a long memo would be.
+    if (!test::canMakeSpokenPhrases()) {
+        GTEST_SKIP() << "flite and sox are needed to speak the phrases";
+    }
+    std::vector<std::string> phrases;
+    for (int round = 0; round < 2; ++round) {
+        for (const char* phrase : {"buy milk", "call the dentist at five pm", "pay the rent",
+                                   "water the plants", "email sam", "walk the dog"}) {
+            phrases.emplace_back(phrase);
+        }
+    }
+    const auto audio = audioOf(test::spokenList(phrases, 8.0));
+    ASSERT_GT(audio.size(), 16000u * 100);
+    const std::string transcript = transcriptWithPauseMarkers(decodeRecording(decoder(), audio));
+    EXPECT_EQ(std::count(transcript.begin(), transcript.end(), '|'), 11) << transcript;
+    const Calendar calendar;
+    const auto candidates =
+        VoiceTaskParser::candidates(transcript, *parseIsoText("2026-03-04T08:15:00Z"), calendar);
+    ASSERT_EQ(candidates.size(), 12u) << transcript;
+    EXPECT_EQ(candidates.front().title, "Buy milk");
+    EXPECT_EQ(candidates.back().title, "Walk the dog");
 }
 
 TEST(PocketSphinxRecognition, AMissingModelIsASentenceNotACrash) {

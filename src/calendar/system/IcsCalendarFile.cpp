@@ -1,4 +1,4 @@
-#include "calendar/qt/IcsCalendarFile.h"
+#include "calendar/system/IcsCalendarFile.h"
 
 #include <algorithm>
 #include <cmath>
@@ -86,7 +86,11 @@ struct EventData {
     // Precomputed for fixed times; floating times and dates are read per query.
     std::optional<Instant> fixedStart;
     std::optional<icalrecurrencetype> rule;
+    // Occurrences added one by one (RDATE), beside or instead of a rule.
+    std::vector<icaltimetype> added;
     std::vector<icaltimetype> excluded;
+
+    bool repeats() const { return rule.has_value() || !added.empty(); }
 };
 
 } // namespace
@@ -186,6 +190,18 @@ bool IcsCalendarFile::addText(std::string_view source) {
         if (auto* rule = icalcomponent_get_first_property(event, ICAL_RRULE_PROPERTY)) {
             data.rule = icalproperty_get_rrule(rule);
         }
+        for (auto* rdate = icalcomponent_get_first_property(event, ICAL_RDATE_PROPERTY);
+             rdate != nullptr;
+             rdate = icalcomponent_get_next_property(event, ICAL_RDATE_PROPERTY)) {
+            // A date, a time or a period; a period's own end is not kept: every occurrence
+            // lasts as long as the first.
+            const icaldatetimeperiodtype value = icalproperty_get_rdate(rdate);
+            const icaltimetype at =
+                icaltime_is_null_time(value.time) ? value.period.start : value.time;
+            if (!icaltime_is_null_time(at) && icaltime_is_valid_time(at)) {
+                data.added.push_back(withZone(root, rdate, at));
+            }
+        }
         for (auto* exdate = icalcomponent_get_first_property(event, ICAL_EXDATE_PROPERTY);
              exdate != nullptr;
              exdate = icalcomponent_get_next_property(event, ICAL_EXDATE_PROPERTY)) {
@@ -195,6 +211,7 @@ bool IcsCalendarFile::addText(std::string_view source) {
                 icalcomponent_get_first_property(event, ICAL_RECURRENCEID_PROPERTY)) {
             // A changed occurrence stands on its own and replaces the rule's occurrence.
             data.rule.reset();
+            data.added.clear();
             changedOccurrences.emplace_back(
                 data.uid,
                 withZone(root, recurrenceId, icalproperty_get_recurrenceid(recurrenceId)));
@@ -204,7 +221,7 @@ bool IcsCalendarFile::addText(std::string_view source) {
     for (const auto& [uid, replaced] : changedOccurrences) {
         for (std::size_t i = firstNew; i < parsed_->events.size(); ++i) {
             auto& event = parsed_->events[i];
-            if (event.rule && event.uid == uid) {
+            if (event.repeats() && event.uid == uid) {
                 event.excluded.push_back(replaced);
             }
         }
@@ -234,7 +251,7 @@ std::vector<SourceEvent> IcsCalendarFile::occurrences(const DayInterval& day,
     };
 
     for (const auto& event : parsed_->events) {
-        if (!event.rule) {
+        if (!event.repeats()) {
             const auto start =
                 event.fixedStart ? event.fixedStart : instantOf(event.start, calendar);
             if (start) {
@@ -251,6 +268,38 @@ std::vector<SourceEvent> IcsCalendarFile::occurrences(const DayInterval& day,
             if (auto instant = instantOf(time, calendar)) {
                 excluded.push_back(*instant);
             }
+        }
+        const auto isExcluded = [&excluded](Instant start) {
+            return std::find(excluded.begin(), excluded.end(), start) != excluded.end();
+        };
+        // The first start and the added dates; the rule's walk below gives the first
+        // start too, so without a rule it is added here.
+        std::vector<icaltimetype> starts = event.added;
+        if (!event.rule) {
+            starts.push_back(event.start);
+        }
+        std::vector<Instant> emitted;
+        for (icaltimetype at : starts) {
+            if (at.zone == nullptr && !icaltime_is_utc(at) && !icaltime_is_date(at)) {
+                at.zone = event.start.zone;
+            }
+            if (icaltime_is_date(at) != icaltime_is_date(event.start)) {
+                // A date added to a timed event starts at the event's time of day.
+                at.is_date = event.start.is_date;
+                at.hour = event.start.hour;
+                at.minute = event.start.minute;
+                at.second = event.start.second;
+                at.zone = event.start.zone;
+            }
+            const auto start = instantOf(at, calendar);
+            if (start && !isExcluded(*start) &&
+                std::find(emitted.begin(), emitted.end(), *start) == emitted.end()) {
+                emitted.push_back(*start);
+                emit(event, *start, endOf(event, at, *start));
+            }
+        }
+        if (!event.rule) {
+            continue;
         }
         icalrecur_iterator* iterator = icalrecur_iterator_new(*event.rule, event.start);
         if (iterator == nullptr) {
@@ -284,7 +333,8 @@ std::vector<SourceEvent> IcsCalendarFile::occurrences(const DayInterval& day,
             if (*start >= day.end) {
                 break;
             }
-            if (std::find(excluded.begin(), excluded.end(), *start) != excluded.end()) {
+            if (isExcluded(*start) ||
+                std::find(emitted.begin(), emitted.end(), *start) != emitted.end()) {
                 continue;
             }
             emit(event, *start, endOf(event, next, *start));

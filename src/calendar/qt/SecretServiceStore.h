@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "calendar/SecretStore.h"
+
+namespace daywyn {
+
+// The secret as one Secret Service item (libsecret) with the attributes service and
+// account, in the default collection. A locked item is told apart from a missing one
+// by searching without unlocking.
+class SecretServiceStore : public SecretStore {
+public:
+    SecretServiceStore(std::string service, std::string account);
+    SecretRead read() override;
+    Status write(const std::string& secret) override;
+
+private:
+    std::string service_;
+    std::string account_;
+};
+
+} // namespace daywyn
