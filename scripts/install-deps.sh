@@ -28,6 +28,8 @@ packages=(
   libsystemd-dev zsh groff-base
   # measuring the desktop app (scripts/measure-desktop.sh)
   time
+  # a real notification daemon for the delivery test (tests/integration)
+  dunst
   # updates and packaging: the manifest reader, the icon's PNG sizes, checks of the .deb
   libsimdjson-dev libssl-dev librsvg2-bin lintian desktop-file-utils appstream
   # whole-screen captures of the running app (scripts/screenshots.sh: handle, Quick Add)

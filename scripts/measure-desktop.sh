@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Measures the desktop app as a whole process with a 5,000-task state file, on a
 # private X server and session bus in temporary folders:
-#   start   the median wall time from launch to the drawer's first frame (the
-#           DAYWYN_EXIT_WHEN_READY hook), and the median peak resident memory;
+#   start   the median wall time from launch to the drawer's first frame (daywyn-probe
+#           --exit-when-ready: the app as daywyn-app starts it, leaving after that
+#           frame), and the median peak resident memory;
 #   idle    resident memory and CPU use over 60 s with the drawer hidden.
 # Usage: scripts/measure-desktop.sh [build] [runs]
 set -euo pipefail
@@ -11,7 +12,9 @@ build=${1:-build}
 runs=${2:-7}
 here=$(cd "$(dirname "$0")/.." && pwd)
 binary="$here/$build/daywyn"
-[ -x "$binary" ] || { echo "Build Daywyn first: $binary is missing." >&2; exit 1; }
+probe="$here/$build/daywyn-probe"
+[ -x "$binary" ] && [ -x "$probe" ] ||
+  { echo "Build Daywyn with its tests first: $binary or $probe is missing." >&2; exit 1; }
 
 name=measure
 app_pid=""
@@ -30,11 +33,11 @@ in_sandbox() {
 median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
 
 # The first run fills Qt's QML cache, as the first launch after installing does.
-in_sandbox DAYWYN_EXIT_WHEN_READY=1 dbus-run-session -- "$binary" 2>/dev/null || true
+in_sandbox dbus-run-session -- "$probe" --exit-when-ready 2>/dev/null || true
 times="$root/times"
 for _ in $(seq "$runs"); do
-  in_sandbox DAYWYN_EXIT_WHEN_READY=1 dbus-run-session -- \
-    /usr/bin/time -f "%e %M %U %S" -o "$times.one" "$binary" 2>/dev/null
+  in_sandbox dbus-run-session -- \
+    /usr/bin/time -f "%e %M %U %S" -o "$times.one" "$probe" --exit-when-ready 2>/dev/null
   cat "$times.one" >> "$times"
 done
 # CPU time (user + system) barely depends on what else the machine is doing; wall

@@ -1,15 +1,16 @@
 #!/usr/bin/env bash
 # Captures the drawer, light and dark, into <build>/screenshots/ from a seeded state
 # file with tasks in every section: as it opens, scrolled to its end, and the whole
-# screen with the handle. Runs the real app on a private X server (Xvfb) and
-# session bus, in temporary data and settings folders: your own data is never touched.
+# screen with the handle. Runs the app (as daywyn-probe, the test build's copy of
+# daywyn-app with the screenshot hooks) on a private X server (Xvfb) and session bus,
+# in temporary data and settings folders: your own data is never touched.
 set -euo pipefail
 
 build=${1:-build}
 here=$(cd "$(dirname "$0")/.." && pwd)
-binary="$here/$build/daywyn"
+binary="$here/$build/daywyn-probe"
 out="$here/$build/screenshots"
-[ -x "$binary" ] || { echo "Build Daywyn first: $binary is missing." >&2; exit 1; }
+[ -x "$binary" ] || { echo "Build Daywyn with its tests first: $binary is missing." >&2; exit 1; }
 mkdir -p "$out"
 
 name=shots
@@ -26,8 +27,7 @@ for theme in light dark; do
   env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY \
     DISPLAY="$display" QT_QPA_PLATFORM=xcb HOME="$home" XDG_DATA_HOME="$home/data" \
     XDG_CONFIG_HOME="$home/config" XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$home/runtime" \
-    DAYWYN_SCREENSHOT="$out/drawer-$theme.png" \
-    dbus-run-session -- timeout 30 "$binary" 2> >(grep -v 'fd limit' >&2)
+    dbus-run-session -- timeout 30 "$binary" --screenshot "$out/drawer-$theme.png" 2> >(grep -v 'fd limit' >&2)
   echo "Wrote $out/drawer-$theme.png, drawer-$theme-end.png and drawer-$theme-screen.png"
 done
 
@@ -39,7 +39,6 @@ for theme in light dark; do
   env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY \
     DISPLAY="$display" QT_QPA_PLATFORM=xcb HOME="$home" XDG_DATA_HOME="$home/data" \
     XDG_CONFIG_HOME="$home/config" XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$home/runtime" \
-    DAYWYN_SETTINGS_SCREENSHOTS="$folder" \
-    dbus-run-session -- timeout 60 "$binary" 2> >(grep -v 'fd limit' >&2)
+    dbus-run-session -- timeout 60 "$binary" --settings-screenshots "$folder" 2> >(grep -v 'fd limit' >&2)
   echo "Wrote Quick Add, settings and welcome screenshots to $folder"
 done

@@ -103,13 +103,29 @@ install(FILES ${DAYWYN_GENERATED}/daywyn.bash
 install(FILES ${DAYWYN_GENERATED}/_daywyn DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
 install(FILES ${DAYWYN_BUS_XML} DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/interfaces)
 
-# The screens' QML, compiled into the binary.
-file(GLOB DAYWYN_QML_FILES CONFIGURE_DEPENDS
+# The screens: the QML module Daywyn (every file in ui/qml, and the parts registered as
+# singletons in app/qt/ScreenSingletons.h), compiled ahead of time by qmlcachegen into
+# the app library. No plugin: the module is linked in, and found under qrc:/qt/qml.
+file(GLOB DAYWYN_QML_FILES CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR}
     ${CMAKE_CURRENT_SOURCE_DIR}/ui/qml/*.qml)
-qt_add_resources(daywyn_app daywyn_qml
-    PREFIX /daywyn
-    BASE ${CMAKE_CURRENT_SOURCE_DIR}/ui/qml
-    FILES ${DAYWYN_QML_FILES})
+foreach(qml IN LISTS DAYWYN_QML_FILES)
+    get_filename_component(qml_name ${qml} NAME)
+    set_source_files_properties(${qml} PROPERTIES QT_RESOURCE_ALIAS ${qml_name})
+endforeach()
+qt_add_qml_module(daywyn_app
+    URI Daywyn
+    VERSION 1.0
+    RESOURCE_PREFIX /qt/qml
+    OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/qml/Daywyn
+    NO_PLUGIN
+    QML_FILES ${DAYWYN_QML_FILES})
+# The registrar names the singletons' header without its folder.
+target_include_directories(daywyn_app PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/app/qt)
+# The C++ qmlcachegen and the registrar write is Qt's, not ours: our warnings are not its.
+get_target_property(DAYWYN_APP_ALL_SOURCES daywyn_app SOURCES)
+list(FILTER DAYWYN_APP_ALL_SOURCES INCLUDE REGEX "qmlcache|qmltyperegistrations|qmlcache_loader")
+set_source_files_properties(${DAYWYN_APP_ALL_SOURCES} PROPERTIES COMPILE_OPTIONS "-w")
+
 # The pop-out chime, made by scripts/make-chime.py.
 qt_add_resources(daywyn_app daywyn_sounds
     PREFIX /daywyn/sounds

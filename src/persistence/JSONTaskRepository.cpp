@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <pwd.h>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
@@ -13,12 +12,12 @@
 #include "model/RecordJson.h"
 #include "persistence/AtomicFile.h"
 #include "persistence/StateFileDecoding.h"
+#include "persistence/XdgPaths.h"
 
 namespace daywyn {
 
 namespace {
 
-constexpr std::string_view kFolderName = "Daywyn";
 constexpr std::string_view kFileName = "daywyn.json";
 constexpr std::string_view kLockName = "daywyn.lock";
 // Written in full and flushed before it replaces the state file. One writer holds the
@@ -26,21 +25,6 @@ constexpr std::string_view kLockName = "daywyn.lock";
 constexpr std::string_view kSavingSuffix = ".saving";
 // A second name for the file being replaced, so that replacing it frees nothing.
 constexpr std::string_view kPreviousSuffix = ".previous";
-
-std::string homeFolder(const JSONTaskRepository::Environment& environment) {
-    if (const char* home = environment("HOME"); home && *home) {
-        return home;
-    }
-    // No HOME (started by a service manager, say): ask the user database.
-    std::vector<char> buffer(16384);
-    passwd entry{};
-    passwd* found = nullptr;
-    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found &&
-        found->pw_dir && *found->pw_dir) {
-        return found->pw_dir;
-    }
-    return {};
-}
 
 } // namespace
 
@@ -60,24 +44,11 @@ JSONTaskRepository::~JSONTaskRepository() {
 }
 
 Result<std::string> JSONTaskRepository::defaultFilePath(const Environment& environment) {
-    const Environment lookup = environment ? environment : [](const char* name) -> const char* {
-        return std::getenv(name);
-    };
-    std::string dataHome;
-    // The base directory rules ignore a relative XDG_DATA_HOME as invalid.
-    if (const char* xdg = lookup("XDG_DATA_HOME"); xdg && xdg[0] == '/') {
-        dataHome = xdg;
-    } else {
-        const std::string home = homeFolder(lookup);
-        if (home.empty()) {
-            return Error{"Daywyn could not find your home folder."};
-        }
-        dataHome = home + "/.local/share";
+    auto folder = daywynFolder(XdgBase::data, environment);
+    if (!folder) {
+        return Error{folder.error()};
     }
-    while (dataHome.size() > 1 && dataHome.back() == '/') {
-        dataHome.pop_back();
-    }
-    return dataHome + "/" + std::string(kFolderName) + "/" + std::string(kFileName);
+    return folder.value() + "/" + std::string(kFileName);
 }
 
 std::string JSONTaskRepository::corruptFileMessage(std::string_view movedName) {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <thread>
 
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "base/Result.h"
 #include "persistence/FileSystem.h"
@@ -22,7 +23,6 @@ struct JsonParser;
 // the process holding the writer lock (`Daywyn/daywyn.lock`) saves; anyone may load.
 class JSONTaskRepository : public TaskRepository {
 public:
-    using Clock = std::function<Instant()>;
     // Looks up an environment variable; null when unset.
     using Environment = std::function<const char*(const char*)>;
 

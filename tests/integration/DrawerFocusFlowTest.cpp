@@ -37,8 +37,7 @@ protected:
         const AppPreferences defaults;
         const std::vector<DailyReport> noReports;
         ASSERT_TRUE(repository()->save(PersistedStateView(tasks, defaults, noReports)));
-        app =
-            std::make_unique<AppEnvironment>(repository(), test::berlin(), clock.function(), false);
+        app = std::make_unique<AppEnvironment>(repository(), test::berlin(), clock.function());
         app->start();
         app->drawerController().setReducedMotion(true);
         app->drawerController().show();

@@ -73,7 +73,7 @@ TEST(DrawerReminderPopout, ADueTaskShowsItBesideTheEdgeWithoutTakingTheKeyboard)
     test::ManualClock clock(test::at(berlin, 2026, 11, 21, 10, 0));
     PersistedState state;
     state.tasks = {TaskBuilder("Call the dentist about Friday").startingAt(clock.now())};
-    AppEnvironment app(test::FakeRepository::holding(state), berlin, clock.function(), false);
+    AppEnvironment app(test::FakeRepository::holding(state), berlin, clock.function());
     EdgePanelController& drawer = app.drawerController();
     int chimes = 0;
     drawer.setReminderChime(std::make_unique<CountingChime>(chimes));
@@ -132,7 +132,7 @@ TEST(DrawerReminderPopout, ADueTaskShowsItBesideTheEdgeWithoutTakingTheKeyboard)
 
 TEST(DrawerReminderPopout, ClosesByItselfAndWhenTheAnchorMoves) {
     test::ManualClock clock(test::at(test::berlin(), 2026, 11, 21, 10, 0));
-    AppEnvironment app(nullptr, test::berlin(), clock.function(), false);
+    AppEnvironment app(nullptr, test::berlin(), clock.function());
     EdgePanelController& drawer = app.drawerController();
     app.start();
     EXPECT_EQ(drawer.reminderAutoCloseMilliseconds(), 20'000);

@@ -7,7 +7,6 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QProcess>
-#include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickView>
 #include <QSslConfiguration>
@@ -16,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "app/qt/AppEnvironment.h"
+#include "app/qt/ScreenEngine.h"
 #include "calendar/qt/GoogleCalendarManager.h"
 #include "calendar/qt/NetworkGoogleHttp.h"
 #include "calendar/qt/SecretServiceStore.h"
@@ -78,11 +78,12 @@ void collectTexts(QQuickItem* item, QStringList& texts) {
 // a picture of it when DAYWYN_GOOGLE_SCREENSHOTS names a folder
 // (scripts/google-screenshots.sh runs this test on a virtual display for that).
 QStringList calendarsPageTexts(GoogleCalendarManager& google) {
-    AppEnvironment environment(
-        nullptr, Calendar(), [] { return Instant{}; }, false);
-    environment.engine().rootContext()->setContextProperty(QStringLiteral("googleCalendars"),
-                                                           &google);
-    SettingsWindow& settings = environment.settingsWindow();
+    AppEnvironment environment(nullptr, Calendar(), [] { return Instant{}; });
+    // The Calendars page of an engine with this test's manager in place of the app's.
+    ScreenServices parts = environment.screenServices();
+    parts.googleCalendars = &google;
+    ScreenEngine engine(parts);
+    SettingsWindow settings(engine);
     settings.show(QStringLiteral("calendars"));
     QQuickWindow& window = *settings.window();
     QStringList texts;

@@ -35,7 +35,7 @@ TEST(NotificationDelivery, EachReminderReachesTheServerAtItsMomentWhileTheAppIdl
         state.tasks.push_back(test::TaskBuilder("Reminder " + std::to_string(k))
                                   .startingAt(start + 2.5 + 0.4 * k + 0.013 * k));
     }
-    AppEnvironment app(test::FakeRepository::holding(state), Calendar(), wallClock, false);
+    AppEnvironment app(test::FakeRepository::holding(state), Calendar(), wallClock);
     app.start();
     QSignalSpy sent(&app.notificationManager(), &NotificationManager::delivered);
     ASSERT_EQ(app.notificationManager().pending().size(), std::size_t(count));
@@ -69,8 +69,7 @@ TEST(NotificationDelivery, TheAppReschedulesOnEveryChangeAndAClickShowsTheDrawer
     test::ManualClock clock(test::at(test::berlin(), 2026, 11, 21, 10, 0));
     PersistedState state;
     state.tasks = {test::TaskBuilder("Call the bank").startingAt(clock.now() + 600)};
-    AppEnvironment app(test::FakeRepository::holding(state), test::berlin(), clock.function(),
-                       false);
+    AppEnvironment app(test::FakeRepository::holding(state), test::berlin(), clock.function());
     app.start();
     NotificationManager& notifications = app.notificationManager();
     const auto waiting = [&](const std::string& prefix) {

@@ -42,7 +42,7 @@ TEST(TodayScreen, AddTimeCompleteDeleteAndUndoAreSavedAtEachStep) {
         const std::vector<DailyReport> noReports;
         ASSERT_TRUE(repositoryAt(path, clock)->save(PersistedStateView(none, defaults, noReports)));
     }
-    AppEnvironment app(repositoryAt(path, clock), berlin, clock.function(), false);
+    AppEnvironment app(repositoryAt(path, clock), berlin, clock.function());
     app.start();
     EdgePanelController& drawer = app.drawerController();
     drawer.setReducedMotion(true);
@@ -101,7 +101,7 @@ TEST(TodayScreen, AddTimeCompleteDeleteAndUndoAreSavedAtEachStep) {
 TEST(TodayScreen, TheSettingsButtonOpensTheSettingsWindow) {
     const Calendar berlin = test::berlin();
     test::ManualClock clock(test::at(berlin, 2026, 11, 21, 9));
-    AppEnvironment app(nullptr, berlin, clock.function(), false);
+    AppEnvironment app(nullptr, berlin, clock.function());
     app.start();
     EdgePanelController& drawer = app.drawerController();
     drawer.setReducedMotion(true);

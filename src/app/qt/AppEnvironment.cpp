@@ -3,15 +3,15 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QPointer>
-#include <QQmlContext>
-#include <QQmlEngine>
 
+#include "app/qt/ScreenEngine.h"
 #include "calendar/CombinedCalendarSource.h"
 #include "calendar/qt/CalendarManager.h"
 #include "calendar/qt/EdsCalendarSource.h"
 #include "calendar/qt/GoogleCalendarManager.h"
 #include "calendar/qt/IcsFolderCalendarSource.h"
 #include "persistence/JSONTaskRepository.h"
+#include "persistence/qt/UserSettings.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
 #include "reminders/qt/NotificationManager.h"
 #include "reminders/qt/ScreenLockWatcher.h"
@@ -22,7 +22,6 @@
 #include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/QuickCaptureFocus.h"
 #include "shell/qt/SystemSettingsNavigator.h"
-#include "shell/qt/UserSettings.h"
 #include "ui/qt/CompletedHistoryModel.h"
 #include "ui/qt/OnboardingWindow.h"
 #include "ui/qt/SessionHistoryModel.h"
@@ -39,69 +38,73 @@
 namespace daywyn {
 
 AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calendar calendar,
-                               Clock clock, bool darkTheme, QObject* parent)
+                               Clock clock, QObject* parent)
     : QObject(parent)
     , calendar_(std::move(calendar))
     , clock_(std::move(clock)) {
-    drawerReminders_ = new DrawerReminderCoordinator(
-        DrawerReminderCoordinator::defaultSettingsPath(), calendar_, clock_, this);
-    screenLock_ =
-        new ScreenLockWatcher(QDBusConnection::sessionBus(), QDBusConnection::systemBus(), this);
-    connect(screenLock_, &ScreenLockWatcher::lockedChanged, drawerReminders_,
-            &DrawerReminderCoordinator::setLocked);
+    userSettings_ = std::make_unique<UserSettings>(UserSettings::defaultFilePath());
     store_ = std::make_unique<TodayTaskStore>(std::move(repository), clock_(), calendar_);
-    drawerController_ = new EdgePanelController(this);
-    drawerController_->setReminderChime(std::make_unique<SoundEffectChime>());
-    drawerReminders_->setPresenter(drawerController_);
-    notificationManager_ =
-        new NotificationManager(*store_, calendar_, clock_, NotificationManager::defaultStatePath(),
-                                QDBusConnection::sessionBus(), this);
-    userSettings_ = new UserSettings(UserSettings::defaultFilePath(), this);
-    edsCalendars_ = new EdsCalendarSource(calendar_, this);
-    icsCalendars_ =
-        new IcsFolderCalendarSource(IcsFolderCalendarSource::defaultFolder(), calendar_, this);
+    drawerReminders_ =
+        std::make_unique<DrawerReminderCoordinator>(*userSettings_, calendar_, clock_);
+    screenLock_ = std::make_unique<ScreenLockWatcher>(QDBusConnection::sessionBus(),
+                                                      QDBusConnection::systemBus());
+    connect(screenLock_.get(), &ScreenLockWatcher::lockedChanged, drawerReminders_.get(),
+            &DrawerReminderCoordinator::setLocked);
+    notificationManager_ = std::make_unique<NotificationManager>(
+        *store_, calendar_, clock_, NotificationManager::defaultStatePath(),
+        QDBusConnection::sessionBus());
+    edsCalendars_ = std::make_unique<EdsCalendarSource>(calendar_);
+    icsCalendars_ = std::make_unique<IcsFolderCalendarSource>(
+        IcsFolderCalendarSource::defaultFolder(), calendar_);
     calendarSources_ = std::make_unique<CombinedCalendarSource>(
-        std::vector<CalendarSource*>{edsCalendars_, icsCalendars_});
-    calendarManager_ = new CalendarManager(*calendarSources_, calendar_, clock_, this);
-    googleCalendars_ = GoogleCalendarManager::forThisDesktop(calendar_, clock_, this);
-    connect(googleCalendars_, &GoogleCalendarManager::eventsChanged, calendarManager_,
+        std::vector<CalendarSource*>{edsCalendars_.get(), icsCalendars_.get()});
+    calendarManager_ = std::make_unique<CalendarManager>(*calendarSources_, calendar_, clock_);
+    googleCalendars_ = GoogleCalendarManager::forThisDesktop(calendar_, clock_);
+    connect(googleCalendars_.get(), &GoogleCalendarManager::eventsChanged, calendarManager_.get(),
             [this] { calendarManager_->setOtherEvents(googleCalendars_->events()); });
-    voiceCapture_ = VoiceCaptureManager::forThisDesktop(this);
-    voiceReview_ = new VoiceReviewController(
+    voiceCapture_.reset(VoiceCaptureManager::forThisDesktop(nullptr));
+    voiceReview_ = std::make_unique<VoiceReviewController>(
         *voiceCapture_,
         [this](const std::vector<VoiceTaskCandidate>& candidates) {
             return store_->addVoiceTasks(candidates, clock_(), calendar_);
         },
-        calendar_, clock_, this);
-    theme_ = new Theme(darkTheme, this);
-    today_ = new TodayModel(*store_, calendar_, clock_, this);
-    editor_ = new TaskEditor(*store_, calendar_, clock_, this);
-    sessions_ = new SessionHistoryModel(*store_, calendar_, clock_, this);
-    history_ = new CompletedHistoryModel(*store_, calendar_, clock_, this);
+        calendar_, clock_);
+    today_ = std::make_unique<TodayModel>(*store_, calendar_, clock_);
+    editor_ = std::make_unique<TaskEditor>(*store_, calendar_, clock_);
+    sessions_ = std::make_unique<SessionHistoryModel>(*store_, calendar_, clock_);
+    history_ = std::make_unique<CompletedHistoryModel>(*store_, calendar_, clock_);
     const auto dataFile = JSONTaskRepository::defaultFilePath();
-    settingsModel_ = new SettingsModel(*store_, calendar_, clock_, *userSettings_,
-                                       dataFile ? QString::fromStdString(dataFile.value())
-                                                : QString::fromStdString(dataFile.error()),
-                                       this);
+    settingsModel_ =
+        std::make_unique<SettingsModel>(*store_, calendar_, clock_, *userSettings_,
+                                        dataFile ? QString::fromStdString(dataFile.value())
+                                                 : QString::fromStdString(dataFile.error()));
+    theme_ = std::make_unique<Theme>(Theme::resolveDark(settingsModel_->appearance()));
     // A new appearance choice repaints the open screens at once.
-    connect(settingsModel_, &SettingsModel::appearanceChanged, theme_,
+    connect(settingsModel_.get(), &SettingsModel::appearanceChanged, theme_.get(),
             [this] { theme_->setDark(Theme::resolveDark(settingsModel_->appearance())); });
-    quickCapture_ = new QuickCaptureController(*store_, calendar_, clock_, *userSettings_,
-                                               GlobalShortcut::forThisSession(),
-                                               QuickCaptureFocus::forThisSession(), true, this);
-    launchAtLogin_ = new LaunchAtLoginController(LaunchAtLoginController::defaultEntryPath(),
-                                                 QCoreApplication::applicationFilePath(), this);
-    systemSettings_ = new SystemSettingsNavigator(this);
+    launchAtLogin_ = std::make_unique<LaunchAtLoginController>(
+        LaunchAtLoginController::defaultEntryPath(), QCoreApplication::applicationFilePath());
+    systemSettings_ = std::make_unique<SystemSettingsNavigator>();
     AppUpdateManager::Options updateOptions;
     updateOptions.manifestURL = AppUpdateManager::manifestURLFrom(*userSettings_);
-    updates_ = new AppUpdateManager(updateOptions, this);
-    connect(drawerController_, &EdgePanelController::isVisibleChanged, today_,
+    updates_ = std::make_unique<AppUpdateManager>(updateOptions);
+
+    drawerController_ = std::make_unique<EdgePanelController>();
+    drawerController_->setReminderChime(std::make_unique<SoundEffectChime>());
+    drawerReminders_->setPresenter(drawerController_.get());
+    quickCapture_ = std::make_unique<QuickCaptureController>(
+        *store_, calendar_, clock_, *userSettings_, GlobalShortcut::forThisSession(),
+        QuickCaptureFocus::forThisSession(), true);
+    engine_ = std::make_unique<ScreenEngine>(screenServices());
+    quickCapture_->setPanelEngine(*engine_);
+    connect(drawerController_.get(), &EdgePanelController::isVisibleChanged, today_.get(),
             [this] { today_->setLive(drawerController_->isVisible()); });
-    connect(drawerController_, &EdgePanelController::isVisibleChanged, googleCalendars_, [this] {
-        if (drawerController_->isVisible()) {
-            googleCalendars_->refreshIfNeeded();
-        }
-    });
+    connect(drawerController_.get(), &EdgePanelController::isVisibleChanged, googleCalendars_.get(),
+            [this] {
+                if (drawerController_->isVisible()) {
+                    googleCalendars_->refreshIfNeeded();
+                }
+            });
 
     maintenanceTimer_.setInterval(maintenanceIntervalMilliseconds);
     // Coarse: a pass a few hundred milliseconds late costs nothing and lets the system
@@ -111,65 +114,34 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
 }
 
 AppEnvironment::~AppEnvironment() {
-    // The listener must not outlive the controllers it reaches.
-    store_->setOnMeaningfulChange({});
-    // The settings and welcome windows bind to every controller below: they go first.
-    delete settingsWindow_;
-    settingsWindow_ = nullptr;
-    delete onboardingWindow_;
-    onboardingWindow_ = nullptr;
+    // The drawer goes before the coordinator that points at it.
     drawerReminders_->setPresenter(nullptr);
-    // It holds the store by reference.
-    delete notificationManager_;
-    notificationManager_ = nullptr;
-    // Windows first (they use the engine), then the engine (it uses the models), then
-    // the models (they observe the store), and the store last as a member.
-    delete drawerController_;
-    drawerController_ = nullptr;
-    delete quickCapture_;
-    quickCapture_ = nullptr;
-    delete voiceWindow_;
-    voiceWindow_ = nullptr;
-    engine_.reset();
-    // The screens are gone; the manager reads through the sources, which go after it.
-    delete googleCalendars_;
-    googleCalendars_ = nullptr;
-    delete calendarManager_;
-    calendarManager_ = nullptr;
-    delete edsCalendars_;
-    delete icsCalendars_;
-    delete voiceReview_;
-    delete voiceCapture_;
-    delete settingsModel_;
-    delete history_;
-    delete sessions_;
-    delete editor_;
-    delete today_;
+}
+
+ScreenServices AppEnvironment::screenServices() {
+    ScreenServices services;
+    services.theme = theme_.get();
+    services.today = today_.get();
+    services.editor = editor_.get();
+    services.sessions = sessions_.get();
+    services.history = history_.get();
+    services.notifications = notificationManager_.get();
+    services.drawerReminders = drawerReminders_.get();
+    services.calendars = calendarManager_.get();
+    services.googleCalendars = googleCalendars_.get();
+    services.quickCapture = quickCapture_.get();
+    services.launchAtLogin = launchAtLogin_.get();
+    services.systemSettings = systemSettings_.get();
+    services.settings = settingsModel_.get();
+    services.updates = updates_.get();
+    services.voice = voiceCapture_.get();
+    services.voiceReview = voiceReview_.get();
+    services.drawer = drawerController_.get();
+    services.app = this;
+    return services;
 }
 
 QQmlEngine& AppEnvironment::engine() {
-    if (!engine_) {
-        engine_ = std::make_unique<QQmlEngine>();
-        QQmlContext* context = engine_->rootContext();
-        context->setContextProperty(QStringLiteral("theme"), theme_);
-        context->setContextProperty(QStringLiteral("today"), today_);
-        context->setContextProperty(QStringLiteral("editor"), editor_);
-        context->setContextProperty(QStringLiteral("sessions"), sessions_);
-        context->setContextProperty(QStringLiteral("history"), history_);
-        // The settings screens' notification switches, messages and previews.
-        context->setContextProperty(QStringLiteral("notifications"), notificationManager_);
-        context->setContextProperty(QStringLiteral("drawerReminders"), drawerReminders_);
-        context->setContextProperty(QStringLiteral("calendarManager"), calendarManager_);
-        context->setContextProperty(QStringLiteral("googleCalendars"), googleCalendars_);
-        context->setContextProperty(QStringLiteral("quickCapture"), quickCapture_);
-        context->setContextProperty(QStringLiteral("launchAtLogin"), launchAtLogin_);
-        context->setContextProperty(QStringLiteral("systemSettings"), systemSettings_);
-        context->setContextProperty(QStringLiteral("settingsModel"), settingsModel_);
-        context->setContextProperty(QStringLiteral("updates"), updates_);
-        context->setContextProperty(QStringLiteral("app"), this);
-        context->setContextProperty(QStringLiteral("voice"), voiceCapture_);
-        context->setContextProperty(QStringLiteral("voiceReview"), voiceReview_);
-    }
     return *engine_;
 }
 
@@ -179,16 +151,16 @@ void AppEnvironment::openSettings() {
 
 SettingsWindow& AppEnvironment::settingsWindow() {
     if (!settingsWindow_) {
-        settingsWindow_ = new SettingsWindow(engine(), this);
+        settingsWindow_ = std::make_unique<SettingsWindow>(*engine_);
     }
     return *settingsWindow_;
 }
 
 OnboardingWindow& AppEnvironment::onboardingWindow() {
     if (!onboardingWindow_) {
-        onboardingWindow_ = new OnboardingWindow(engine(), *userSettings_, this);
+        onboardingWindow_ = std::make_unique<OnboardingWindow>(*engine_, *userSettings_);
         // After the welcome, the drawer opens once so a new user sees where it lives.
-        connect(onboardingWindow_, &OnboardingWindow::completed, drawerController_,
+        connect(onboardingWindow_.get(), &OnboardingWindow::completed, drawerController_.get(),
                 &EdgePanelController::show);
     }
     return *onboardingWindow_;
@@ -199,20 +171,24 @@ void AppEnvironment::start() {
         return;
     }
     hasStarted_ = true;
-    quickCapture_->setPanelEngine(engine());
     quickCapture_->start();
-    drawerController_->prepare(engine());
-    voiceWindow_ = new VoiceCaptureWindow(engine(), *voiceReview_, this);
-    notificationManager_->configure(drawerController_);
+    drawerController_->prepare(*engine_);
+    voiceWindow_ = std::make_unique<VoiceCaptureWindow>(*engine_, *voiceReview_);
+    QPointer<EdgePanelController> shown = drawerController_.get();
+    notificationManager_->configure([shown] {
+        if (shown) {
+            shown->show();
+        }
+    });
     calendarManager_->configure(store_.get());
     googleCalendars_->restore();
     launchAtLogin_->refresh();
 
     // The listener reaches the controllers weakly: it never keeps one alive, and a
     // controller gone at shutdown is simply skipped.
-    QPointer<EdgePanelController> drawer = drawerController_;
-    QPointer<NotificationManager> notifications = notificationManager_;
-    QPointer<CalendarManager> calendars = calendarManager_;
+    QPointer<EdgePanelController> drawer = drawerController_.get();
+    QPointer<NotificationManager> notifications = notificationManager_.get();
+    QPointer<CalendarManager> calendars = calendarManager_.get();
     Clock clock = clock_;
     store_->setOnMeaningfulChange(
         [drawer, notifications, calendars, clock](const std::vector<TaskItem>& tasks,

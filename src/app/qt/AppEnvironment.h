@@ -4,14 +4,15 @@
 #include <memory>
 
 #include <QObject>
+#include <QQmlEngine>
+#include <QString>
 #include <QTimer>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "store/TaskRepository.h"
 #include "store/TodayTaskStore.h"
-
-class QQmlEngine;
 
 namespace daywyn {
 
@@ -26,6 +27,7 @@ class EdgePanelController;
 class LaunchAtLoginController;
 class OnboardingWindow;
 class QuickCaptureController;
+class ScreenEngine;
 class SettingsModel;
 class SettingsWindow;
 class SystemSettingsNavigator;
@@ -40,23 +42,26 @@ class AppUpdateManager;
 class VoiceCaptureManager;
 class VoiceCaptureWindow;
 class VoiceReviewController;
+struct ScreenServices;
 
-// The app's composition root: owns the store and every long-lived controller for the
-// whole run, wires the store's change listener and runs the maintenance pass every 15
-// seconds on the main thread. It owns the one real clock; everything below it is
-// handed `now`. Notifications, calendars, voice capture, quick capture and drawer
-// reminders plug in here (construction, start() and performMaintenance()).
+// The app's composition root: owns the store and every long-lived part for the whole
+// run, wires the store's change listener and runs the maintenance pass every 15 seconds
+// on the main thread. It is handed the one clock; everything below it is handed `now`.
+// Notifications, calendars, voice capture, quick capture and drawer reminders plug in
+// here (construction, start() and performMaintenance()). The parts are members in the
+// order they are built, so each is destroyed before anything it uses; the windows come
+// last, after the engine they are built from.
 class AppEnvironment : public QObject {
     Q_OBJECT
 
 public:
-    using Clock = std::function<Instant()>;
     static constexpr int maintenanceIntervalMilliseconds = 15'000;
 
     // Builds the store from the repository (none: an in-memory store that never
-    // saves), which loads and normalises the saved state, then the controllers.
+    // saves), which loads and normalises the saved state, then the parts, over the
+    // machine's own settings file (UserSettings::defaultFilePath).
     AppEnvironment(std::unique_ptr<TaskRepository> repository, Calendar calendar, Clock clock,
-                   bool darkTheme, QObject* parent = nullptr);
+                   QObject* parent = nullptr);
     ~AppEnvironment() override;
 
     // Prepares the drawer, installs the change listener, runs one maintenance pass
@@ -95,6 +100,9 @@ public:
     AppUpdateManager& updates() { return *updates_; }
     TaskEditor& editor() { return *editor_; }
     Theme& theme() { return *theme_; }
+    // The parts the screens reach, by the names the QML uses.
+    ScreenServices screenServices();
+    // The engine every screen of the app is built from.
     QQmlEngine& engine();
     VoiceCaptureManager& voiceCapture() { return *voiceCapture_; }
     VoiceReviewController& voiceReview() { return *voiceReview_; }
@@ -109,35 +117,35 @@ private Q_SLOTS:
 private:
     Calendar calendar_;
     Clock clock_;
-    // Owned through QObject parenting; declared in construction order.
-    DrawerReminderCoordinator* drawerReminders_ = nullptr;
-    ScreenLockWatcher* screenLock_ = nullptr;
+    std::unique_ptr<UserSettings> userSettings_;
     std::unique_ptr<TodayTaskStore> store_;
-    EdgePanelController* drawerController_ = nullptr;
-    UserSettings* userSettings_ = nullptr;
+    std::unique_ptr<DrawerReminderCoordinator> drawerReminders_;
+    std::unique_ptr<ScreenLockWatcher> screenLock_;
+    std::unique_ptr<NotificationManager> notificationManager_;
     // The desktop's calendars: Evolution Data Server and the folder of .ics files.
-    EdsCalendarSource* edsCalendars_ = nullptr;
-    IcsFolderCalendarSource* icsCalendars_ = nullptr;
+    std::unique_ptr<EdsCalendarSource> edsCalendars_;
+    std::unique_ptr<IcsFolderCalendarSource> icsCalendars_;
     std::unique_ptr<CombinedCalendarSource> calendarSources_;
-    CalendarManager* calendarManager_ = nullptr;
-    GoogleCalendarManager* googleCalendars_ = nullptr;
-    QuickCaptureController* quickCapture_ = nullptr;
-    LaunchAtLoginController* launchAtLogin_ = nullptr;
-    SystemSettingsNavigator* systemSettings_ = nullptr;
-    SettingsModel* settingsModel_ = nullptr;
-    SettingsWindow* settingsWindow_ = nullptr;
-    OnboardingWindow* onboardingWindow_ = nullptr;
-    NotificationManager* notificationManager_ = nullptr;
-    Theme* theme_ = nullptr;
-    TodayModel* today_ = nullptr;
-    TaskEditor* editor_ = nullptr;
-    SessionHistoryModel* sessions_ = nullptr;
-    CompletedHistoryModel* history_ = nullptr;
-    AppUpdateManager* updates_ = nullptr;
-    VoiceCaptureManager* voiceCapture_ = nullptr;
-    VoiceReviewController* voiceReview_ = nullptr;
-    VoiceCaptureWindow* voiceWindow_ = nullptr;
-    std::unique_ptr<QQmlEngine> engine_;
+    std::unique_ptr<CalendarManager> calendarManager_;
+    std::unique_ptr<GoogleCalendarManager> googleCalendars_;
+    std::unique_ptr<VoiceCaptureManager> voiceCapture_;
+    std::unique_ptr<VoiceReviewController> voiceReview_;
+    std::unique_ptr<Theme> theme_;
+    std::unique_ptr<TodayModel> today_;
+    std::unique_ptr<TaskEditor> editor_;
+    std::unique_ptr<SessionHistoryModel> sessions_;
+    std::unique_ptr<CompletedHistoryModel> history_;
+    std::unique_ptr<SettingsModel> settingsModel_;
+    std::unique_ptr<LaunchAtLoginController> launchAtLogin_;
+    std::unique_ptr<SystemSettingsNavigator> systemSettings_;
+    std::unique_ptr<AppUpdateManager> updates_;
+    // Everything above outlives the engine; everything below is built from it.
+    std::unique_ptr<ScreenEngine> engine_;
+    std::unique_ptr<QuickCaptureController> quickCapture_;
+    std::unique_ptr<EdgePanelController> drawerController_;
+    std::unique_ptr<VoiceCaptureWindow> voiceWindow_;
+    std::unique_ptr<SettingsWindow> settingsWindow_;
+    std::unique_ptr<OnboardingWindow> onboardingWindow_;
     bool hasStarted_ = false;
     int maintenancePasses_ = 0;
     QTimer maintenanceTimer_;

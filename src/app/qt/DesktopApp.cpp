@@ -6,43 +6,27 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <QApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDateTime>
-#include <QElapsedTimer>
 #include <QMessageBox>
-#include <QQuickItem>
-#include <QQuickView>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
-#include <QScreen>
-#include <QSettings>
 #include <QSocketNotifier>
 
 #include "app/qt/AppEnvironment.h"
 #include "app/qt/DaywynBusService.h"
 #include "base/Version.h"
-#include "calendar/qt/CalendarManager.h"
 #include "cli/BusAddress.h"
 #include "daywyn_interface.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
-#include "shell/qt/EdgePanelController.h"
-#include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/TrayIcon.h"
 #include "ui/qt/OnboardingWindow.h"
-#include "ui/qt/SettingsScreenshots.h"
-#include "ui/qt/SettingsWindow.h"
-#include "ui/qt/Theme.h"
 
 namespace daywyn {
 namespace {
-
-Instant wallClock() {
-    return Instant{static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000.0};
-}
 
 // Asks the running instance to show its drawer; true when one answered.
 bool showRunningInstance(QDBusConnection& bus) {
@@ -94,34 +78,16 @@ void tellUser(const QString& sentence) {
     }
 }
 
-// Saves the drawer as it opens to `path`, and scrolled to its end beside it
-// ("drawer.png" and "drawer-end.png"), so every section can be looked at.
-bool saveScreenshots(QQuickView& window, const QString& path) {
-    const auto beside = [&path](QLatin1String suffix) {
-        QString named = path;
-        return named.insert(path.endsWith(QLatin1String(".png")) ? path.size() - 4 : path.size(),
-                            suffix);
-    };
-    const QImage top = window.grabWindow();
-    if (auto* list = window.rootObject()->findChild<QQuickItem*>(QStringLiteral("taskList"))) {
-        QMetaObject::invokeMethod(list, "positionViewAtEnd");
-    }
-    const QImage end = window.grabWindow();
-    // The whole screen too, to see the handle and the drawer in place (xcb only).
-    if (QScreen* screen = window.screen(); screen && QGuiApplication::platformName() == "xcb") {
-        screen->grabWindow(0).save(beside(QLatin1String("-screen")));
-    }
-    if (top.isNull() || !top.save(path) || end.isNull() ||
-        !end.save(beside(QLatin1String("-end")))) {
-        std::fprintf(stderr, "Daywyn could not save the screenshot to %s.\n", qPrintable(path));
-        return false;
-    }
-    return true;
-}
-
 } // namespace
 
-int runDesktopApp(int argc, char** argv) {
+Instant wallClock() {
+    return Instant{static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000.0};
+}
+
+namespace {
+
+// Runs before QApplication exists: both choices are read when Qt starts.
+int& beforeQt(int& argc) {
     // On Wayland the drawer, the handle and the global shortcut need X11 window
     // placement, so Daywyn runs through XWayland when it is there.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && !qEnvironmentVariableIsEmpty("DISPLAY")) {
@@ -133,15 +99,23 @@ int runDesktopApp(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND")) {
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     }
-    QElapsedTimer sinceLaunch;
-    sinceLaunch.start();
-    QApplication app(argc, argv);
+    return argc;
+}
+
+} // namespace
+
+DesktopApp::DesktopApp(int& argc, char** argv)
+    : application_(beforeQt(argc), argv) {
     QCoreApplication::setApplicationName(QStringLiteral("Daywyn"));
     QCoreApplication::setOrganizationName(QStringLiteral("Daywyn"));
     QCoreApplication::setApplicationVersion(QString::fromUtf8(appVersion()));
     QGuiApplication::setDesktopFileName(QStringLiteral("daywyn"));
     QApplication::setQuitOnLastWindowClosed(false);
+}
 
+DesktopApp::~DesktopApp() = default;
+
+std::optional<int> DesktopApp::open(Clock clock) {
     // One instance per user: a second launch shows the first one's drawer and
     // leaves.
     QDBusConnection bus = QDBusConnection::sessionBus();
@@ -156,69 +130,45 @@ int runDesktopApp(int argc, char** argv) {
         return 1;
     }
     auto repository = std::make_unique<JSONTaskRepository>(
-        path.value(), std::make_shared<PosixFileSystem>(), wallClock, wallClock);
+        path.value(), std::make_shared<PosixFileSystem>(), clock, wallClock);
     if (const Status locked = repository->acquireWriterLock(); !locked) {
         tellUser(QString::fromStdString(locked.error()));
         return 1;
     }
-
-    // $XDG_CONFIG_HOME/Daywyn/Daywyn.conf: the native format on Linux is INI in .conf.
-    const QSettings settings(QStringLiteral("Daywyn"), QStringLiteral("Daywyn"));
-    const bool dark = Theme::resolveDark(settings.value(QStringLiteral("appearance")).toString());
-    AppEnvironment environment(std::move(repository), Calendar(), wallClock, dark);
-
-    DaywynBusService service(environment);
+    environment_ =
+        std::make_unique<AppEnvironment>(std::move(repository), Calendar(), std::move(clock));
+    service_ = std::make_unique<DaywynBusService>(*environment_);
     // Another instance may have won the name since the check above.
-    if (bus.isConnected() && !service.registerOn(bus)) {
+    if (bus.isConnected() && !service_->registerOn(bus)) {
         showRunningInstance(bus);
         return 0;
     }
+    quitOnTerminationSignals(&application_);
+    return std::nullopt;
+}
 
-    EdgePanelController& drawer = environment.drawerController();
-    // Measuring and screenshot hooks: show the drawer at once, without the slide,
-    // and leave after its first complete frame.
-    const QString screenshot = qEnvironmentVariable("DAYWYN_SCREENSHOT");
-    const bool exitWhenReady = qEnvironmentVariableIntValue("DAYWYN_EXIT_WHEN_READY") == 1;
-    if (exitWhenReady || !screenshot.isEmpty()) {
-        drawer.setReducedMotion(true);
-        QObject::connect(&drawer, &EdgePanelController::drawerShown, &app, [&] {
-            if (!screenshot.isEmpty() && !saveScreenshots(*drawer.drawerWindow(), screenshot)) {
-                QCoreApplication::exit(1);
-                return;
-            }
-            if (exitWhenReady) {
-                std::fprintf(stderr, "Drawer ready after %lld ms.\n",
-                             static_cast<long long>(sinceLaunch.elapsed()));
-            }
-            QCoreApplication::exit(0);
-        });
+void DesktopApp::start(bool greet) {
+    environment_->start();
+    tray_ = std::make_unique<TrayIcon>(environment_->drawerController());
+    tray_->setQuickCapture(environment_->quickCapture());
+    AppEnvironment* environment = environment_.get();
+    tray_->setSettingsOpener([environment] { environment->openSettings(); });
+    if (greet) {
+        environment_->onboardingWindow().showIfNeeded();
     }
+}
 
-    quitOnTerminationSignals(&app);
-    environment.start();
-    TrayIcon tray(drawer);
-    tray.setQuickCapture(environment.quickCapture());
-    tray.setSettingsOpener([&environment] { environment.settingsWindow().show(); });
-    // Screenshot hook: Quick Add, each settings page and the welcome window, then exit.
-    if (const QString folder = qEnvironmentVariable("DAYWYN_SETTINGS_SCREENSHOTS");
-        !folder.isEmpty()) {
-        captureSettingsScreenshots(environment.quickCapture(), environment.settingsWindow(),
-                                   environment.onboardingWindow(), folder);
-    } else if (!exitWhenReady && screenshot.isEmpty()) {
-        environment.onboardingWindow().showIfNeeded();
-    }
-    CalendarManager& calendars = environment.calendarManager();
-    if (!screenshot.isEmpty() && calendars.isLoading()) {
-        // The picture shows today's calendar events: show it once the first read is in.
-        QObject::connect(&calendars, &CalendarManager::changed, &drawer, [&] {
-            if (!calendars.isLoading() && !drawer.isVisible()) {
-                drawer.show();
-            }
-        });
-    } else if (exitWhenReady || !screenshot.isEmpty()) {
-        drawer.show();
-    }
+int DesktopApp::exec() {
     return QApplication::exec();
+}
+
+int runDesktopApp(int argc, char** argv) {
+    DesktopApp app(argc, argv);
+    if (const auto status = app.open(wallClock)) {
+        return *status;
+    }
+    app.start(true);
+    return app.exec();
 }
 
 } // namespace daywyn

@@ -11,6 +11,7 @@
 #include <QVariantList>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "calendar/CalendarAccessStatus.h"
 #include "calendar/CalendarChoice.h"
@@ -39,8 +40,6 @@ class CalendarManager : public QObject {
     Q_PROPERTY(QStringList explanations READ explanations NOTIFY changed)
 
 public:
-    using Clock = std::function<Instant()>;
-
     // The source must outlive the manager.
     CalendarManager(CalendarSource& source, Calendar calendar, Clock clock,
                     QObject* parent = nullptr);

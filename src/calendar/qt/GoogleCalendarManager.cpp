@@ -3,13 +3,13 @@
 #include <QDesktopServices>
 #include <QFile>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QVariantMap>
 
 #include "calendar/GoogleOAuthUtilities.h"
 #include "calendar/qt/GoogleLoopback.h"
 #include "calendar/qt/NetworkGoogleHttp.h"
 #include "calendar/qt/SecretServiceStore.h"
+#include "persistence/XdgPaths.h"
 
 namespace daywyn {
 
@@ -30,17 +30,17 @@ GoogleCalendarManager::~GoogleCalendarManager() {
     *alive_ = false;
 }
 
-GoogleCalendarManager* GoogleCalendarManager::forThisDesktop(Calendar calendar, Clock clock,
-                                                             QObject* parent) {
-    auto* http = new NetworkGoogleHttp(parent);
+std::unique_ptr<GoogleCalendarManager> GoogleCalendarManager::forThisDesktop(Calendar calendar,
+                                                                             Clock clock) {
+    auto* http = new NetworkGoogleHttp();
     auto secrets =
         std::make_unique<SecretServiceStore>("com.daywyn.google-calendar", "accounts.v1");
-    auto* manager =
-        new GoogleCalendarManager(*http, *secrets, GoogleEndpoints{}, std::move(calendar),
-                                  std::move(clock), loadGoogleRegistration, openInBrowser, parent);
+    auto manager = std::make_unique<GoogleCalendarManager>(*http, *secrets, GoogleEndpoints{},
+                                                           std::move(calendar), std::move(clock),
+                                                           loadGoogleRegistration, openInBrowser);
     manager->ownedSecrets_ = std::move(secrets);
     // The client goes with the manager, after it.
-    http->setParent(manager);
+    http->setParent(manager.get());
     return manager;
 }
 
@@ -330,9 +330,9 @@ bool openInBrowser(const QUrl& url) {
 
 Result<GoogleClientRegistration> loadGoogleRegistration() {
     QStringList candidates;
-    const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    if (!config.isEmpty()) {
-        candidates << config + QStringLiteral("/Daywyn/GoogleDesktop.json");
+    if (const auto config = daywynFolder(XdgBase::config)) {
+        candidates << QString::fromStdString(config.value()) +
+                          QStringLiteral("/GoogleDesktop.json");
     }
     if (const QString built = QStringLiteral(DAYWYN_GOOGLE_REGISTRATION); !built.isEmpty()) {
         candidates << built;

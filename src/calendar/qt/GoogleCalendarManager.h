@@ -12,6 +12,7 @@
 #include <QVariantList>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "base/Result.h"
 #include "calendar/CalendarEventItem.h"
@@ -42,7 +43,6 @@ class GoogleCalendarManager : public QObject {
     Q_PROPERTY(QString registrationProblem READ registrationProblem NOTIFY changed)
 
 public:
-    using Clock = std::function<Instant()>;
     using RegistrationLoader = std::function<Result<GoogleClientRegistration>()>;
     using BrowserOpener = std::function<bool(const QUrl&)>;
 
@@ -55,7 +55,7 @@ public:
     // The manager of the running app: Qt Network, the Secret Service item
     // ("com.daywyn.google-calendar", "accounts.v1"), Google's real endpoints, the
     // registration file and the default browser.
-    static GoogleCalendarManager* forThisDesktop(Calendar calendar, Clock clock, QObject* parent);
+    static std::unique_ptr<GoogleCalendarManager> forThisDesktop(Calendar calendar, Clock clock);
 
     // Reads the accounts from the secret store (once, at start-up).
     void restore();

@@ -1,11 +1,11 @@
 #include "calendar/system/IcsFolderReader.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
 #include "calendar/system/IcsCalendarFile.h"
+#include "persistence/XdgPaths.h"
 
 namespace daywyn {
 
@@ -74,13 +74,9 @@ IcsFolderReader::IcsFolderReader(fs::path folder, Calendar calendar)
 IcsFolderReader::~IcsFolderReader() = default;
 
 fs::path IcsFolderReader::defaultFolder() {
-    fs::path base;
-    if (const char* data = std::getenv("XDG_DATA_HOME"); data != nullptr && *data == '/') {
-        base = data;
-    } else if (const char* home = std::getenv("HOME"); home != nullptr) {
-        base = fs::path(home) / ".local/share";
-    }
-    return base / "Daywyn" / "calendars";
+    // With no home folder at all, a relative name (and no calendar files in it).
+    const auto folder = daywynFolder(XdgBase::data);
+    return fs::path(folder ? folder.value() : std::string("Daywyn")) / "calendars";
 }
 
 CalendarSnapshot IcsFolderReader::read(const CalendarQuery& query) {

@@ -332,7 +332,7 @@ std::unique_ptr<JSONTaskRepository> stateRepository() {
         std::fprintf(stderr, "%s\n", path.error().c_str());
         return nullptr;
     }
-    const JSONTaskRepository::Clock clock = [] {
+    const Clock clock = [] {
         return currentInstant();
     };
     return std::make_unique<JSONTaskRepository>(path.value(), std::make_shared<PosixFileSystem>(),

@@ -1,8 +1,6 @@
 #include "reminders/qt/DrawerReminderCoordinator.h"
 
-#include <QDir>
-#include <QSettings>
-
+#include "persistence/qt/UserSettings.h"
 #include "reminders/DrawerReminderRules.h"
 #include "reminders/qt/ReminderPresenter.h"
 
@@ -19,53 +17,44 @@ QString key(std::string_view name) {
 
 } // namespace
 
-DrawerReminderCoordinator::DrawerReminderCoordinator(QString settingsPath, Calendar calendar,
+DrawerReminderCoordinator::DrawerReminderCoordinator(UserSettings& settings, Calendar calendar,
                                                      Clock clock, QObject* parent)
     : QObject(parent)
-    , settings_(std::make_unique<QSettings>(settingsPath, QSettings::IniFormat))
+    , settings_(settings)
     , calendar_(std::move(calendar))
     , clock_(std::move(clock)) {
     const Instant now = clock_();
     std::optional<Instant> lastNudge;
-    const QVariant stored = settings_->value(key(kDrawerLastNudgeKey));
+    const QVariant stored = settings_.value(key(kDrawerLastNudgeKey));
     bool isNumber = false;
     const double since2001 = stored.toDouble(&isNumber);
     if (stored.isValid() && isNumber) {
         lastNudge = Instant{since2001 + kSecondsFrom1970To2001};
     }
     state_ = DrawerReminderRules::restore(
-        settings_->value(key(kDrawerReminderSeenKey)).toString().toStdString(),
-        settings_->value(key(kDrawerReminderSnoozedKey)).toString().toStdString(), lastNudge, now);
+        settings_.value(key(kDrawerReminderSeenKey)).toString().toStdString(),
+        settings_.value(key(kDrawerReminderSnoozedKey)).toString().toStdString(), lastNudge, now);
     if (!lastNudge) {
-        settings_->setValue(key(kDrawerLastNudgeKey), now.seconds - kSecondsFrom1970To2001);
+        settings_.setValue(key(kDrawerLastNudgeKey), now.seconds - kSecondsFrom1970To2001);
     }
 }
 
 DrawerReminderCoordinator::~DrawerReminderCoordinator() = default;
 
-QString DrawerReminderCoordinator::defaultSettingsPath() {
-    QString base = qEnvironmentVariable("XDG_CONFIG_HOME");
-    if (base.isEmpty() || QDir::isRelativePath(base)) {
-        base = QDir::homePath() + QStringLiteral("/.config");
-    }
-    return base + QStringLiteral("/Daywyn/Daywyn.conf");
-}
-
 DrawerReminderSettings DrawerReminderCoordinator::settings() const {
-    // Read afresh each time: the settings window writes the same file.
-    settings_->sync();
+    // Read afresh each time: the settings window writes through the same store.
     const DrawerReminderSettings defaults;
     DrawerReminderSettings s;
-    s.enabled = settings_->value(key(kInAppRemindersEnabledKey), defaults.enabled).toBool();
-    s.paused = settings_->value(key(kInAppRemindersPausedKey), defaults.paused).toBool();
-    s.activeStart = settings_->value(key(kInAppActiveStartKey), defaults.activeStart).toInt();
-    s.activeEnd = settings_->value(key(kInAppActiveEndKey), defaults.activeEnd).toInt();
-    s.nudgeHours = settings_->value(key(kInAppNudgeHoursKey), defaults.nudgeHours).toInt();
+    s.enabled = settings_.value(key(kInAppRemindersEnabledKey), defaults.enabled).toBool();
+    s.paused = settings_.value(key(kInAppRemindersPausedKey), defaults.paused).toBool();
+    s.activeStart = settings_.value(key(kInAppActiveStartKey), defaults.activeStart).toInt();
+    s.activeEnd = settings_.value(key(kInAppActiveEndKey), defaults.activeEnd).toInt();
+    s.nudgeHours = settings_.value(key(kInAppNudgeHoursKey), defaults.nudgeHours).toInt();
     return s;
 }
 
 bool DrawerReminderCoordinator::chimeEnabled() const {
-    return settings_->value(key(kInAppReminderSoundEnabledKey), true).toBool();
+    return settings_.value(key(kInAppReminderSoundEnabledKey), true).toBool();
 }
 
 DrawerReminderDecision
@@ -84,8 +73,8 @@ DrawerReminderCoordinator::check(const std::vector<TaskItem>& tasks,
         break;
     case DrawerReminderDecision::Kind::present: {
         if (state_.lastNudge != lastNudge) {
-            settings_->setValue(key(kDrawerLastNudgeKey),
-                                state_.lastNudge.seconds - kSecondsFrom1970To2001);
+            settings_.setValue(key(kDrawerLastNudgeKey),
+                               state_.lastNudge.seconds - kSecondsFrom1970To2001);
         }
         persist(now);
         if (presenter_) {
@@ -141,11 +130,10 @@ void DrawerReminderCoordinator::setLocked(bool locked) {
 
 void DrawerReminderCoordinator::persist(Instant now) {
     DrawerReminderRules::pruneSeen(state_, now);
-    settings_->setValue(key(kDrawerReminderSeenKey),
-                        QString::fromStdString(DrawerReminderRules::encodeSeen(state_.seen)));
-    settings_->setValue(key(kDrawerReminderSnoozedKey),
-                        QString::fromStdString(DrawerReminderRules::encodeSnoozed(state_.snoozed)));
-    settings_->sync();
+    settings_.setValue(key(kDrawerReminderSeenKey),
+                       QString::fromStdString(DrawerReminderRules::encodeSeen(state_.seen)));
+    settings_.setValue(key(kDrawerReminderSnoozedKey),
+                       QString::fromStdString(DrawerReminderRules::encodeSnoozed(state_.snoozed)));
 }
 
 } // namespace daywyn

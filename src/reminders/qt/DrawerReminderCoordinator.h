@@ -8,6 +8,7 @@
 #include <QString>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "calendar/CalendarEventItem.h"
 #include "model/TaskItem.h"
@@ -15,11 +16,10 @@
 #include "reminders/DrawerReminderDecision.h"
 #include "reminders/DrawerReminderSettings.h"
 
-class QSettings;
-
 namespace daywyn {
 
 class ReminderPresenter;
+class UserSettings;
 
 // Shows at most one drawer pop-out per maintenance check: due task and event
 // reminders, snoozed ones coming back, and the periodic check-in. What was shown and
@@ -29,17 +29,12 @@ class DrawerReminderCoordinator : public QObject {
     Q_OBJECT
 
 public:
-    using Clock = std::function<Instant()>;
-
-    // settingsPath: the INI settings file (see defaultSettingsPath); the clock dates
-    // button presses. A missing last check-in is stored as now, so the first one
-    // comes hours after the first launch.
-    DrawerReminderCoordinator(QString settingsPath, Calendar calendar, Clock clock,
+    // settings: the machine's settings store, which must outlive the coordinator; the
+    // clock dates button presses. A missing last check-in is stored as now, so the first
+    // one comes hours after the first launch.
+    DrawerReminderCoordinator(UserSettings& settings, Calendar calendar, Clock clock,
                               QObject* parent = nullptr);
     ~DrawerReminderCoordinator() override;
-
-    // `$XDG_CONFIG_HOME/Daywyn/Daywyn.conf`, `~/.config/...` without it.
-    static QString defaultSettingsPath();
 
     // Where pop-outs go; not owned, and it must outlive this coordinator or be
     // replaced by null first.
@@ -55,7 +50,7 @@ public:
     // Screen lock: closes a visible pop-out and holds back the next until unlocked.
     void setLocked(bool locked);
 
-    // The user's switches as the settings file holds them now.
+    // The user's switches as the settings store holds them now.
     DrawerReminderSettings settings() const;
     bool chimeEnabled() const;
     const DrawerReminderCoordinatorState& state() const { return state_; }
@@ -68,7 +63,7 @@ private:
     void persist(Instant now);
     void respond(DrawerReminderAction action, const DrawerReminder& reminder, Instant now);
 
-    std::unique_ptr<QSettings> settings_;
+    UserSettings& settings_;
     Calendar calendar_;
     DrawerReminderCoordinatorState state_;
     Clock clock_;

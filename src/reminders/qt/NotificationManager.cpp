@@ -15,10 +15,10 @@
 
 #include "persistence/AtomicFile.h"
 #include "persistence/PosixFileSystem.h"
+#include "persistence/XdgPaths.h"
 #include "reminders/DesiredNotifications.h"
 #include "reminders/NotificationChanges.h"
 #include "reminders/PendingNotificationFile.h"
-#include "shell/qt/EdgePanelController.h"
 
 namespace daywyn {
 namespace {
@@ -69,15 +69,14 @@ NotificationManager::NotificationManager(TodayTaskStore& store, Calendar calenda
 NotificationManager::~NotificationManager() = default;
 
 QString NotificationManager::defaultStatePath() {
-    QString base = qEnvironmentVariable("XDG_STATE_HOME");
-    if (base.isEmpty() || QDir::isRelativePath(base)) {
-        base = QDir::homePath() + QStringLiteral("/.local/state");
-    }
-    return base + QStringLiteral("/Daywyn/notifications.json");
+    // With no home folder at all, a relative name: delivery still works for the run.
+    const auto folder = daywynFolder(XdgBase::state);
+    return (folder ? QString::fromStdString(folder.value()) : QStringLiteral("Daywyn")) +
+           QStringLiteral("/notifications.json");
 }
 
-void NotificationManager::configure(EdgePanelController* drawer) {
-    drawer_ = drawer;
+void NotificationManager::configure(std::function<void()> showDrawer) {
+    showDrawer_ = std::move(showDrawer);
     if (configured_) {
         return;
     }
@@ -416,8 +415,8 @@ void NotificationManager::onActionInvoked(uint id, const QString& action) {
     case NotificationResponse::Kind::ignore:
         break;
     case NotificationResponse::Kind::showDrawer:
-        if (drawer_) {
-            drawer_->show();
+        if (showDrawer_) {
+            showDrawer_();
         }
         break;
     case NotificationResponse::Kind::finishTask:

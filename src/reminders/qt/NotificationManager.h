@@ -8,11 +8,11 @@
 
 #include <QDBusConnection>
 #include <QObject>
-#include <QPointer>
 #include <QString>
 #include <QTimer>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "model/AppPreferences.h"
 #include "model/TaskItem.h"
@@ -23,8 +23,6 @@
 class QDBusServiceWatcher;
 
 namespace daywyn {
-
-class EdgePanelController;
 
 // Daywyn's system notifications over the desktop's notification server
 // (org.freedesktop.Notifications). The server cannot schedule, so the manager keeps
@@ -39,8 +37,6 @@ class NotificationManager : public QObject {
     Q_PROPERTY(QString actionMessage READ actionMessage NOTIFY messagesChanged)
 
 public:
-    using Clock = std::function<Instant()>;
-
     // A request fallen due while Daywyn was closed is delivered at start when it is
     // less than this late, and dropped otherwise.
     static constexpr double kLateDeliveryLimitSeconds = 3600.0;
@@ -67,8 +63,9 @@ public:
 
     // Loads the pending requests kept by the last run (delivering those fallen due
     // within the hour, dropping older ones), asks the server what it can do, listens
-    // for its signals and reconciles with the store. The drawer is held weakly.
-    void configure(EdgePanelController* drawer);
+    // for its signals and reconciles with the store. `showDrawer` answers a click on a
+    // notification (none: the click does nothing).
+    void configure(std::function<void()> showDrawer);
 
     // Makes the pending set what the rules want for these tasks and preferences at
     // now. A pending "daywyn.task." request whose wanted moment moved (the task's
@@ -144,7 +141,7 @@ private:
     Clock clock_;
     QString statePath_;
     QDBusConnection bus_;
-    QPointer<EdgePanelController> drawer_;
+    std::function<void()> showDrawer_;
     QDBusServiceWatcher* serverWatcher_ = nullptr;
     std::map<std::string, Pending> pending_;
     std::map<uint, Sent> sent_;

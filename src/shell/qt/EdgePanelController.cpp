@@ -10,7 +10,6 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QGuiApplication>
-#include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
@@ -168,12 +167,11 @@ void EdgePanelController::prepare(QQmlEngine& engine) {
     if (drawer_) {
         return;
     }
-    engine.rootContext()->setContextProperty(QStringLiteral("drawer"), this);
     engine_ = &engine;
-    handle_ = makePanel(engine, QStringLiteral("qrc:/daywyn/Handle.qml"),
+    handle_ = makePanel(engine, QStringLiteral("qrc:/qt/qml/Daywyn/Handle.qml"),
                         Qt::WindowDoesNotAcceptFocus, QStringLiteral("Daywyn handle"));
-    drawer_ =
-        makePanel(engine, QStringLiteral("qrc:/daywyn/Drawer.qml"), {}, QStringLiteral("Daywyn"));
+    drawer_ = makePanel(engine, QStringLiteral("qrc:/qt/qml/Daywyn/Drawer.qml"), {},
+                        QStringLiteral("Daywyn"));
     // Without a compositor a window cannot be see-through, so the handle's window is
     // cut to the shape the handle draws (the thin bar, or the logo tile when near).
     handle_->setColor(Qt::transparent);
@@ -342,7 +340,7 @@ void EdgePanelController::presentReminder(const DrawerReminder& reminder, bool p
     dismissReminder();
     if (!reminder_) {
         // Never focusable: a pop-out must not take the keyboard from the user's work.
-        reminder_ = makePanel(*engine_, QStringLiteral("qrc:/daywyn/ReminderPopout.qml"),
+        reminder_ = makePanel(*engine_, QStringLiteral("qrc:/qt/qml/Daywyn/ReminderPopout.qml"),
                               Qt::WindowDoesNotAcceptFocus, QStringLiteral("Daywyn reminder"));
         reminder_->setColor(Qt::transparent);
     }

@@ -11,10 +11,10 @@
 #include <QScreen>
 
 #include "parsing/QuickTaskParser.h"
+#include "persistence/qt/UserSettings.h"
 #include "shell/QuickAddPlacement.h"
 #include "shell/qt/GlobalShortcut.h"
 #include "shell/qt/QuickCaptureFocus.h"
-#include "shell/qt/UserSettings.h"
 #include "store/AddFromLine.h"
 #include "store/TodayTaskStore.h"
 
@@ -166,7 +166,7 @@ bool QuickCaptureController::ensurePanel() {
     view->setTitle(QStringLiteral("Quick Add"));
     view->setResizeMode(QQuickView::SizeRootObjectToView);
     view->setInitialProperties({{QStringLiteral("capture"), QVariant::fromValue(this)}});
-    view->setSource(QUrl(QStringLiteral("qrc:/daywyn/QuickAddPanel.qml")));
+    view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Daywyn/QuickAddPanel.qml")));
     if (view->status() != QQuickView::Ready) {
         delete view;
         return false;

@@ -10,6 +10,7 @@
 #include <QString>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "shell/QuickCaptureShortcutStatus.h"
 
@@ -39,7 +40,6 @@ class QuickCaptureController : public QObject {
     Q_PROPERTY(bool isPanelVisible READ isPanelVisible NOTIFY panelVisibleChanged)
 
 public:
-    using Clock = std::function<Instant()>;
     // The user setting; absent means on (and is then written as true).
     static constexpr const char* enabledKey = "quickCaptureEnabled";
 

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Layouts
 
 // A sentence the user must see (a save failure, a refused action), on a coral tint.
@@ -10,8 +11,8 @@ Rectangle {
     visible: text !== ""
     implicitHeight: row.implicitHeight + 16
     radius: 8
-    color: Qt.rgba(theme.coral.r, theme.coral.g, theme.coral.b, theme.dark ? 0.25 : 0.18)
-    border.color: theme.coral
+    color: Qt.rgba(Theme.coral.r, Theme.coral.g, Theme.coral.b, Theme.dark ? 0.25 : 0.18)
+    border.color: Theme.coral
     Accessible.role: Accessible.AlertMessage
     Accessible.name: text
     RowLayout {
@@ -23,7 +24,7 @@ Rectangle {
             text: banner.text
             wrapMode: Text.Wrap
             font.pixelSize: 13
-            color: theme.text
+            color: Theme.text
         }
         FlatButton {
             visible: banner.dismissible

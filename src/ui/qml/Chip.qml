@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 
 // A quiet label for something the add field recognised ("Tomorrow", "10:00", "20 min").
 Rectangle {
@@ -6,12 +7,12 @@ Rectangle {
     height: 22
     width: label.implicitWidth + 16
     radius: 11
-    color: theme.raised
-    border.color: theme.separator
+    color: Theme.raised
+    border.color: Theme.separator
     Text {
         id: label
         anchors.centerIn: parent
         font.pixelSize: 12
-        color: theme.text
+        color: Theme.text
     }
 }

@@ -1,17 +1,18 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
 // Every completed task, newest first, with the time it took; Reopen brings one back.
 Sheet {
     title: "Completed tasks"
-    onCloseRequested: history.close()
+    onCloseRequested: History.close()
 
     Text {
         visible: historyList.count === 0
         text: "Tasks you complete appear here."
         font.pixelSize: 13
-        color: theme.secondaryText
+        color: Theme.secondaryText
     }
 
     ListView {
@@ -19,7 +20,7 @@ Sheet {
         Layout.fillWidth: true
         Layout.fillHeight: true
         clip: true
-        model: history
+        model: History
         spacing: 4
         delegate: Rectangle {
             required property string taskId
@@ -29,21 +30,21 @@ Sheet {
             width: ListView.view.width
             height: 48
             radius: 8
-            color: theme.raised
+            color: Theme.raised
             RowLayout {
                 anchors.fill: parent
                 anchors.leftMargin: 8
                 ColumnLayout {
                     Layout.fillWidth: true
                     spacing: 0
-                    Text { Layout.fillWidth: true; text: title; elide: Text.ElideRight; font.pixelSize: 13; color: theme.text }
+                    Text { Layout.fillWidth: true; text: title; elide: Text.ElideRight; font.pixelSize: 13; color: Theme.text }
                     Text {
                         text: completedText + (timeText !== "" ? " · " + timeText : "")
                         font.pixelSize: 12
-                        color: theme.secondaryText
+                        color: Theme.secondaryText
                     }
                 }
-                FlatButton { text: "Reopen"; Accessible.name: "Reopen " + title; onClicked: history.reopen(taskId) }
+                FlatButton { text: "Reopen"; Accessible.name: "Reopen " + title; onClicked: History.reopen(taskId) }
             }
         }
     }

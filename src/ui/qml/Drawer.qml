@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -11,35 +12,35 @@ import QtQuick.Layouts
 // or hides the drawer.
 Rectangle {
     id: root
-    color: theme.surface
-    border.color: theme.separator
+    color: Theme.surface
+    border.color: Theme.separator
     border.width: 1
     // Stock controls (menus, switches, spin boxes, combo boxes, check boxes) in the
     // theme's colours; the sheets inherit it.
-    palette.window: theme.surface
-    palette.windowText: theme.text
-    palette.base: theme.raised
-    palette.text: theme.text
-    palette.button: theme.raised
-    palette.buttonText: theme.text
+    palette.window: Theme.surface
+    palette.windowText: Theme.text
+    palette.base: Theme.raised
+    palette.text: Theme.text
+    palette.button: Theme.raised
+    palette.buttonText: Theme.text
     // The highlighted menu item's fill: the selection colour, which the text reads on
     // in both themes (white vanished on the light menu, and under light text in dark).
-    palette.light: theme.selection
-    palette.midlight: theme.separator
-    palette.mid: theme.separator
-    palette.dark: theme.dark ? theme.mint : theme.ink
-    palette.highlight: theme.selection
-    palette.highlightedText: theme.dark ? theme.text : theme.ink
+    palette.light: Theme.selection
+    palette.midlight: Theme.separator
+    palette.mid: Theme.separator
+    palette.dark: Theme.dark ? Theme.mint : Theme.ink
+    palette.highlight: Theme.selection
+    palette.highlightedText: Theme.dark ? Theme.text : Theme.ink
 
-    readonly property bool sheetOpen: editor.isOpen || sessions.isOpen || history.isOpen
+    readonly property bool sheetOpen: Editor.isOpen || Sessions.isOpen || History.isOpen
     // Where the keyboard goes back to when the last sheet closes: the list (on the row
     // the sheet was opened from) or the add field.
     property bool listHadFocus: false
 
     function closeTopSheet() {
-        if (editor.isOpen) editor.close()
-        else if (sessions.isOpen) sessions.close()
-        else if (history.isOpen) history.close()
+        if (Editor.isOpen) Editor.close()
+        else if (Sessions.isOpen) Sessions.close()
+        else if (History.isOpen) History.close()
         else return false
         return true
     }
@@ -49,8 +50,8 @@ Rectangle {
     onSheetOpenChanged: {
         if (sheetOpen) {
             listHadFocus = list.activeFocus || listHadFocus
-            if (editor.isOpen) editorSheet.focusTitle()
-            else if (sessions.isOpen) sessionSheet.forceActiveFocus()
+            if (Editor.isOpen) editorSheet.focusTitle()
+            else if (Sessions.isOpen) sessionSheet.forceActiveFocus()
             else historySheet.forceActiveFocus()
         } else {
             if (listHadFocus && list.currentIndex >= 0) list.forceActiveFocus()
@@ -60,28 +61,28 @@ Rectangle {
     }
     // One sheet can replace another (Edit from History); the new one takes the keys.
     Connections {
-        target: sessions
-        function onOpenChanged() { if (sessions.isOpen && !editor.isOpen) sessionSheet.forceActiveFocus() }
+        target: Sessions
+        function onOpenChanged() { if (Sessions.isOpen && !Editor.isOpen) sessionSheet.forceActiveFocus() }
     }
     Connections {
-        target: editor
-        function onOpenChanged() { if (editor.isOpen) editorSheet.focusTitle() }
+        target: Editor
+        function onOpenChanged() { if (Editor.isOpen) editorSheet.focusTitle() }
     }
 
-    Keys.onEscapePressed: if (!closeTopSheet()) drawer.hide()
+    Keys.onEscapePressed: if (!closeTopSheet()) EdgePanel.hide()
 
     Shortcut {
         sequences: [StandardKey.Undo]
         enabled: !root.sheetOpen
-        onActivated: today.undo()
+        onActivated: Today.undo()
     }
 
     Connections {
-        target: drawer
+        target: EdgePanel
         function onAddFieldFocusRequested() { addField.forceActiveFocus() }
         // A freshly opened drawer types into the add field, never into a row.
         function onIsVisibleChanged() {
-            if (drawer.isVisible && !root.sheetOpen) addField.forceActiveFocus()
+            if (EdgePanel.isVisible && !root.sheetOpen) addField.forceActiveFocus()
         }
     }
 
@@ -95,10 +96,10 @@ Rectangle {
         Text {
             Layout.fillWidth: true
             elide: Text.ElideRight
-            text: today.dayTitle
+            text: Today.dayTitle
             font.pixelSize: 20
             font.weight: Font.DemiBold
-            color: theme.text
+            color: Theme.text
             Accessible.role: Accessible.Heading
         }
 
@@ -107,46 +108,46 @@ Rectangle {
             spacing: 8
             Text {
                 Layout.fillWidth: true
-                text: today.openCount === 1 ? "1 open task" : today.openCount + " open tasks"
+                text: Today.openCount === 1 ? "1 open task" : Today.openCount + " open tasks"
                 font.pixelSize: 12
-                color: theme.secondaryText
+                color: Theme.secondaryText
             }
             Rectangle {
                 // The running timer, live while the drawer is shown.
-                visible: today.runningClock !== ""
+                visible: Today.runningClock !== ""
                 radius: 8
-                color: theme.coral
+                color: Theme.coral
                 implicitHeight: 28
                 implicitWidth: runningLabel.implicitWidth + 16
-                Accessible.name: "Timer running for " + today.runningTitle + ": " + today.runningClock
+                Accessible.name: "Timer running for " + Today.runningTitle + ": " + Today.runningClock
                 Text {
                     id: runningLabel
                     anchors.centerIn: parent
-                    text: today.runningClock
+                    text: Today.runningClock
                     font.pixelSize: 13
                     font.weight: Font.DemiBold
-                    color: theme.ink
+                    color: Theme.ink
                 }
             }
             FlatButton {
                 objectName: "historyButton"
                 text: "History"
                 Accessible.name: "Completed task history"
-                onClicked: history.open()
+                onClicked: History.open()
             }
             FlatButton {
                 objectName: "drawerVoiceButton"
                 text: "Voice"
                 Accessible.name: "Speak a task list and review before saving"
                 Accessible.description: "Opens voice capture. Recording starts only when you press the microphone there."
-                visible: typeof voiceReview !== "undefined"
-                onClicked: voiceReview.present()
+                visible: typeof VoiceReview !== "undefined"
+                onClicked: VoiceReview.present()
             }
             FlatButton {
                 objectName: "settingsButton"
                 text: "Settings"
                 Accessible.name: "Open Daywyn settings"
-                onClicked: app.openSettings()
+                onClicked: App.openSettings()
             }
         }
 
@@ -156,23 +157,23 @@ Rectangle {
             focus: true
             Layout.fillWidth: true
             placeholderText: "What do you need to do?"
-            placeholderTextColor: theme.secondaryText
-            color: theme.text
+            placeholderTextColor: Theme.secondaryText
+            color: Theme.text
             font.pixelSize: 13
             Accessible.name: "Add a task"
             Keys.onDownPressed: if (!events.enter(false)) list.enter()
             property var chips: []
-            onTextChanged: chips = today.previewQuickAdd(text)
-            onAccepted: if (today.addFromText(text)) text = ""
+            onTextChanged: chips = Today.previewQuickAdd(text)
+            onAccepted: if (Today.addFromText(text)) text = ""
             Keys.onEscapePressed: (event) => {
                 if (text !== "") { text = ""; event.accepted = true }
                 else event.accepted = false
             }
             background: Rectangle {
                 radius: 8
-                color: theme.raised
+                color: Theme.raised
                 border.width: addField.activeFocus ? 2 : 1
-                border.color: addField.activeFocus ? theme.focusRing : theme.separator
+                border.color: addField.activeFocus ? Theme.focusRing : Theme.separator
             }
         }
 
@@ -189,13 +190,13 @@ Rectangle {
 
         Banner {
             Layout.fillWidth: true
-            text: today.persistenceError
+            text: Today.persistenceError
         }
         Banner {
             Layout.fillWidth: true
-            text: today.errorMessage
+            text: Today.errorMessage
             dismissible: true
-            onDismissed: today.clearError()
+            onDismissed: Today.clearError()
         }
 
         // Today's calendar events, above the tasks.
@@ -212,7 +213,7 @@ Rectangle {
             Layout.fillWidth: true
             Layout.fillHeight: true
             clip: true
-            model: today
+            model: Today
             spacing: 4
             // Tab reaches the list too (after the add field), as Down does.
             activeFocusOnTab: true
@@ -225,11 +226,11 @@ Rectangle {
 
             // Rows are rebuilt on every change; keep the keyboard on the same task.
             Connections {
-                target: today
+                target: Today
                 function onModelReset() { list.restoreCurrent() }
             }
             function restoreCurrent() {
-                var row = today.rowOfTask(currentTaskId)
+                var row = Today.rowOfTask(currentTaskId)
                 if (row < 0) row = firstTaskRow(Math.min(currentIndex, count - 1), 1)
                 if (row < 0) row = firstTaskRow(Math.min(currentIndex, count - 1), -1)
                 currentIndex = row
@@ -239,13 +240,13 @@ Rectangle {
             // From the add field: onto the remembered task, else the first one.
             function enter() {
                 if (count === 0 || firstTaskRow(0, 1) < 0) return
-                if (currentIndex < 0 || today.taskIdAt(currentIndex) === "") currentIndex = firstTaskRow(0, 1)
+                if (currentIndex < 0 || Today.taskIdAt(currentIndex) === "") currentIndex = firstTaskRow(0, 1)
                 forceActiveFocus()
                 showCurrent()
             }
             function firstTaskRow(from, step) {
                 for (var i = from; i >= 0 && i < count; i += step) {
-                    if (today.taskIdAt(i) !== "") return i
+                    if (Today.taskIdAt(i) !== "") return i
                 }
                 return -1
             }
@@ -274,7 +275,7 @@ Rectangle {
                 return Math.max(1, Math.floor(height / rowHeight) - 1)
             }
             onCurrentIndexChanged: {
-                var id = today.taskIdAt(currentIndex)
+                var id = Today.taskIdAt(currentIndex)
                 if (id) currentTaskId = id
             }
             onActiveFocusChanged: if (activeFocus && currentIndex < 0) currentIndex = firstTaskRow(0, 1)
@@ -289,16 +290,16 @@ Rectangle {
                 case Qt.Key_PageUp: jumpTo(currentIndex - pageRows(), -1); break
                 case Qt.Key_PageDown: jumpTo(currentIndex + pageRows(), 1); break
                 // T starts or stops the focused task's timer, P pins or unpins it.
-                case Qt.Key_T: if (currentTaskId) today.toggleTimer(currentTaskId); break
-                case Qt.Key_P: if (currentTaskId) today.togglePin(currentTaskId); break
+                case Qt.Key_T: if (currentTaskId) Today.toggleTimer(currentTaskId); break
+                case Qt.Key_P: if (currentTaskId) Today.togglePin(currentTaskId); break
                 default: return
                 }
                 event.accepted = true
             }
-            Keys.onSpacePressed: if (currentTaskId) today.toggleComplete(currentTaskId)
+            Keys.onSpacePressed: if (currentTaskId) Today.toggleComplete(currentTaskId)
             Keys.onReturnPressed: if (currentTaskId) root.openEditor(currentTaskId)
             Keys.onEnterPressed: if (currentTaskId) root.openEditor(currentTaskId)
-            Keys.onDeletePressed: if (currentTaskId) today.deleteTask(currentTaskId)
+            Keys.onDeletePressed: if (currentTaskId) Today.deleteTask(currentTaskId)
             Keys.onMenuPressed: if (currentItem && currentItem.item && currentItem.item.openMenu) currentItem.item.openMenu()
 
             delegate: Loader {
@@ -322,14 +323,14 @@ Rectangle {
                             text: cell.headerTitle
                             font.pixelSize: 15
                             font.weight: Font.DemiBold
-                            color: cell.section === "priority" ? theme.coral : theme.text
+                            color: cell.section === "priority" ? Theme.coral : Theme.text
                             Accessible.role: Accessible.Heading
                         }
                         Text {
                             Layout.topMargin: cell.index === 0 ? 0 : 8
                             text: cell.headerCount
                             font.pixelSize: 12
-                            color: theme.secondaryText
+                            color: Theme.secondaryText
                         }
                         Item { Layout.fillWidth: true }
                     }
@@ -353,7 +354,7 @@ Rectangle {
                         current: cell.ListView.isCurrentItem
                         listFocused: list.activeFocus
                         onEdit: root.openEditor(taskId)
-                        onShowHistory: sessions.openTask(taskId)
+                        onShowHistory: Sessions.openTask(taskId)
                         // A closed menu gives the keyboard back to its row.
                         onMenuClosed: if (!root.sheetOpen) {
                             list.currentIndex = cell.index
@@ -369,8 +370,8 @@ Rectangle {
                         bottomPadding: 12
                         wrapMode: Text.Wrap
                         font.pixelSize: 13
-                        color: theme.secondaryText
-                        text: today.hasTasks
+                        color: Theme.secondaryText
+                        text: Today.hasTasks
                               ? "Today is clear. Add something above, or bring a task in with Do today."
                               : "Nothing planned yet. Type a task above and press Enter; try “Call Ama tomorrow at 10 for 20 minutes”."
                     }
@@ -384,31 +385,31 @@ Rectangle {
             Layout.fillWidth: true
             implicitHeight: 40
             radius: 8
-            color: theme.dark ? theme.raised : theme.ink
-            visible: undoTimer.running && today.undoDescription !== ""
+            color: Theme.dark ? Theme.raised : Theme.ink
+            visible: undoTimer.running && Today.undoDescription !== ""
             RowLayout {
                 anchors.fill: parent
                 anchors.leftMargin: 12
                 anchors.rightMargin: 4
                 Text {
                     Layout.fillWidth: true
-                    text: today.undoDescription
+                    text: Today.undoDescription
                     elide: Text.ElideRight
                     font.pixelSize: 13
-                    color: theme.dark ? theme.text : "white"
+                    color: Theme.dark ? Theme.text : "white"
                 }
                 FlatButton {
                     text: "Undo"
-                    tint: theme.mint
-                    onClicked: today.undo()
+                    tint: Theme.mint
+                    onClicked: Today.undo()
                 }
             }
             Timer { id: undoTimer; interval: 6000 }
             Connections {
-                target: today
+                target: Today
                 function onRefreshed() {
-                    if (today.undoDescription !== "" && today.undoDescription !== undoBar.shown) undoTimer.restart()
-                    undoBar.shown = today.undoDescription
+                    if (Today.undoDescription !== "" && Today.undoDescription !== undoBar.shown) undoTimer.restart()
+                    undoBar.shown = Today.undoDescription
                 }
             }
             property string shown: ""
@@ -417,10 +418,10 @@ Rectangle {
 
     function openEditor(taskId) {
         if (list.activeFocus) listHadFocus = true
-        if (editor.openTask(taskId)) editorSheet.focusTitle()
+        if (Editor.openTask(taskId)) editorSheet.focusTitle()
     }
 
-    TaskEditorSheet { id: editorSheet; objectName: "editorSheet"; anchors.fill: parent; visible: editor.isOpen }
-    SessionHistorySheet { id: sessionSheet; objectName: "sessionSheet"; anchors.fill: parent; visible: sessions.isOpen && !editor.isOpen }
-    CompletedHistorySheet { id: historySheet; objectName: "historySheet"; anchors.fill: parent; visible: history.isOpen && !editor.isOpen && !sessions.isOpen }
+    TaskEditorSheet { id: editorSheet; objectName: "editorSheet"; anchors.fill: parent; visible: Editor.isOpen }
+    SessionHistorySheet { id: sessionSheet; objectName: "sessionSheet"; anchors.fill: parent; visible: Sessions.isOpen && !Editor.isOpen }
+    CompletedHistorySheet { id: historySheet; objectName: "historySheet"; anchors.fill: parent; visible: History.isOpen && !Editor.isOpen && !Sessions.isOpen }
 }

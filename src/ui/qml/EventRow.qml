@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Layouts
 
 // One of today's calendar events: the calendar's colour, the time span or "All day",
@@ -15,13 +16,13 @@ Rectangle {
     color: "transparent"
     activeFocusOnTab: true
     border.width: activeFocus ? 2 : 0
-    border.color: theme.focusRing
+    border.color: Theme.focusRing
     Accessible.role: Accessible.ListItem
     Accessible.name: timeText + ", " + title + " (" + calendarTitle + ")"
     Accessible.description: link !== "" ? "Press Return to open the meeting link." : ""
-    Keys.onReturnPressed: if (link !== "") calendarManager.openLink(link)
-    Keys.onEnterPressed: if (link !== "") calendarManager.openLink(link)
-    Keys.onSpacePressed: if (link !== "") calendarManager.openLink(link)
+    Keys.onReturnPressed: if (link !== "") Calendars.openLink(link)
+    Keys.onEnterPressed: if (link !== "") Calendars.openLink(link)
+    Keys.onSpacePressed: if (link !== "") Calendars.openLink(link)
 
     RowLayout {
         id: content
@@ -40,7 +41,7 @@ Rectangle {
         Text {
             text: row.timeText
             font.pixelSize: 12
-            color: theme.secondaryText
+            color: Theme.secondaryText
             Layout.alignment: Qt.AlignVCenter
         }
         Text {
@@ -50,7 +51,7 @@ Rectangle {
             maximumLineCount: 2
             wrapMode: Text.Wrap
             font.pixelSize: 13
-            color: theme.text
+            color: Theme.text
             Layout.alignment: Qt.AlignVCenter
         }
         FlatButton {
@@ -58,7 +59,7 @@ Rectangle {
             // The row itself takes the keyboard: Return opens the link.
             focusPolicy: Qt.NoFocus
             text: "Open meeting link"
-            onClicked: calendarManager.openLink(row.link)
+            onClicked: Calendars.openLink(row.link)
         }
     }
 }

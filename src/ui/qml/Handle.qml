@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 
 // The handle at the screen edge: a thin bar that grows into the logo when the pointer
 // comes near; a click (or Enter/Space from assistive technology) toggles the drawer.
@@ -10,25 +11,25 @@ Item {
     Accessible.name: "Move closer to reveal Daywyn"
     Accessible.description: "The edge bar expands into the Daywyn logo when the pointer is nearby."
 
-    readonly property bool near: area.containsMouse || drawer.isVisible
-    readonly property bool leftSide: drawer.anchor === "topLeft" || drawer.anchor === "bottomLeft"
-                                     || drawer.anchor === "leftCenter"
-    readonly property bool rightSide: drawer.anchor === "topRight" || drawer.anchor === "bottomRight"
-                                      || drawer.anchor === "rightCenter"
-    readonly property bool timerRunning: today.runningClock !== ""
+    readonly property bool near: area.containsMouse || EdgePanel.isVisible
+    readonly property bool leftSide: EdgePanel.anchor === "topLeft" || EdgePanel.anchor === "bottomLeft"
+                                     || EdgePanel.anchor === "leftCenter"
+    readonly property bool rightSide: EdgePanel.anchor === "topRight" || EdgePanel.anchor === "bottomRight"
+                                      || EdgePanel.anchor === "rightCenter"
+    readonly property bool timerRunning: Today.runningClock !== ""
     readonly property rect visibleShape: Qt.rect(tile.x, tile.y, tile.width, tile.height)
 
     Rectangle {
         // The resting bar hugs the screen edge; near, it becomes the full logo tile.
         id: tile
-        color: theme.ink
+        color: Theme.ink
         radius: root.near ? 12 : 3
         width: root.near ? root.width : (root.leftSide || root.rightSide ? 6 : root.width - 16)
         height: root.near ? root.height : (root.leftSide || root.rightSide ? root.height - 16 : 6)
         x: root.near ? 0 : (root.leftSide ? 0 : root.rightSide ? root.width - width
                                                                 : (root.width - width) / 2)
         y: root.near ? 0 : (root.leftSide || root.rightSide ? (root.height - height) / 2
-                           : drawer.anchor === "topCenter" ? 0 : root.height - height)
+                           : EdgePanel.anchor === "topCenter" ? 0 : root.height - height)
 
         Rectangle {
             // The running timer's mark: a coral stretch in the middle of the bar.
@@ -38,7 +39,7 @@ Item {
             width: root.leftSide || root.rightSide ? parent.width : 14
             height: root.leftSide || root.rightSide ? 14 : parent.height
             radius: 3
-            color: theme.coral
+            color: Theme.coral
         }
         Rectangle {
             // On the tile: a coral dot in the corner.
@@ -48,7 +49,7 @@ Item {
             width: 10
             height: 10
             radius: 5
-            color: theme.coral
+            color: Theme.coral
         }
 
         Item {
@@ -67,7 +68,7 @@ Item {
                     width: parent.width
                     height: width
                     radius: width / 2
-                    color: theme.mint
+                    color: Theme.mint
                 }
             }
             Rectangle {
@@ -76,7 +77,7 @@ Item {
                 width: parent.width * 0.68
                 height: parent.height * 0.08
                 radius: height / 2
-                color: theme.coral
+                color: Theme.coral
             }
         }
     }
@@ -87,8 +88,8 @@ Item {
         hoverEnabled: true
         cursorShape: Qt.PointingHandCursor
         Accessible.role: Accessible.Button
-        Accessible.name: drawer.isVisible ? "Hide edge drawer" : "Show edge drawer"
-        Accessible.onPressAction: drawer.toggle()
-        onClicked: drawer.toggle()
+        Accessible.name: EdgePanel.isVisible ? "Hide edge drawer" : "Show edge drawer"
+        Accessible.onPressAction: EdgePanel.toggle()
+        onClicked: EdgePanel.toggle()
     }
 }

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -11,7 +12,7 @@ Rectangle {
     readonly property int lastStep: 2
     implicitWidth: 620
     implicitHeight: 580
-    color: theme.surface
+    color: Theme.surface
     Accessible.role: Accessible.Dialog
     Accessible.name: "Welcome to Daywyn"
 
@@ -24,13 +25,13 @@ Rectangle {
             text: "Welcome to Daywyn"
             font.pixelSize: 20
             font.weight: Font.DemiBold
-            color: theme.text
+            color: Theme.text
             Accessible.role: Accessible.Heading
         }
         Text {
             text: "Step " + (root.step + 1) + " of " + (root.lastStep + 1)
             font.pixelSize: 12
-            color: theme.secondaryText
+            color: Theme.secondaryText
         }
 
         StackLayout {
@@ -40,12 +41,12 @@ Rectangle {
 
             ColumnLayout {
                 spacing: 12
-                Text { text: "Your day, beside everything else"; font.pixelSize: 15; font.weight: Font.DemiBold; color: theme.text }
+                Text { text: "Your day, beside everything else"; font.pixelSize: 15; font.weight: Font.DemiBold; color: Theme.text }
                 Text {
                     Layout.fillWidth: true
                     wrapMode: Text.WordWrap
                     font.pixelSize: 13
-                    color: theme.text
+                    color: Theme.text
                     text: "Daywyn lives in a drawer at the edge of your screen. Click the small handle, or Daywyn's icon in the panel, and today's plan slides out: your priorities, what is planned for today, what carried over, and what is coming up."
                 }
                 SettingsSection {
@@ -54,16 +55,16 @@ Rectangle {
                     ComboBox {
                         Layout.preferredWidth: 240
                         Layout.preferredHeight: 36
-                        model: settingsModel.anchors
+                        model: SettingsModel.anchors
                         textRole: "label"
                         valueRole: "value"
                         Accessible.name: "Drawer position"
-                        palette.button: theme.raised
-                        palette.buttonText: theme.text
-                        palette.window: theme.surface
-                        palette.windowText: theme.text
-                        Component.onCompleted: currentIndex = indexOfValue(settingsModel.preferences.edgeAnchor)
-                        onActivated: settingsModel.setPreference("edgeAnchor", currentValue)
+                        palette.button: Theme.raised
+                        palette.buttonText: Theme.text
+                        palette.window: Theme.surface
+                        palette.windowText: Theme.text
+                        Component.onCompleted: currentIndex = indexOfValue(SettingsModel.preferences.edgeAnchor)
+                        onActivated: SettingsModel.setPreference("edgeAnchor", currentValue)
                     }
                 }
                 Item { Layout.fillHeight: true }
@@ -71,58 +72,58 @@ Rectangle {
 
             ColumnLayout {
                 spacing: 12
-                Text { text: "Capture a task from anywhere"; font.pixelSize: 15; font.weight: Font.DemiBold; color: theme.text }
+                Text { text: "Capture a task from anywhere"; font.pixelSize: 15; font.weight: Font.DemiBold; color: Theme.text }
                 Text {
                     Layout.fillWidth: true
                     wrapMode: Text.WordWrap
                     font.pixelSize: 13
-                    color: theme.text
-                    text: "Press " + quickCapture.shortcutText + " in any application. Type a line such as \u201CCall Ama tomorrow at 10 for 20 minutes\u201D and press Enter: Daywyn takes out the day, the time and the estimate, and you are back where you were."
+                    color: Theme.text
+                    text: "Press " + QuickCapture.shortcutText + " in any application. Type a line such as \u201CCall Ama tomorrow at 10 for 20 minutes\u201D and press Enter: Daywyn takes out the day, the time and the estimate, and you are back where you were."
                 }
                 SettingsSwitch {
                     text: "Global quick capture"
-                    checked: quickCapture.isEnabled
-                    onToggled: quickCapture.isEnabled = checked
+                    checked: QuickCapture.isEnabled
+                    onToggled: QuickCapture.isEnabled = checked
                 }
                 Text {
                     visible: text !== ""
-                    text: quickCapture.statusText
+                    text: QuickCapture.statusText
                     Layout.fillWidth: true
                     wrapMode: Text.WordWrap
                     font.pixelSize: 12
-                    color: theme.text
+                    color: Theme.text
                 }
-                FlatButton { text: "Try Quick Add now"; fill: theme.raised; onClicked: quickCapture.show() }
+                FlatButton { text: "Try Quick Add now"; fill: Theme.raised; onClicked: QuickCapture.show() }
                 Item { Layout.fillHeight: true }
             }
 
             ColumnLayout {
                 spacing: 12
-                Text { text: "Reminders"; font.pixelSize: 15; font.weight: Font.DemiBold; color: theme.text }
+                Text { text: "Reminders"; font.pixelSize: 15; font.weight: Font.DemiBold; color: Theme.text }
                 Text {
                     Layout.fillWidth: true
                     wrapMode: Text.WordWrap
                     font.pixelSize: 13
-                    color: theme.text
+                    color: Theme.text
                     text: "Daywyn can remind you through your desktop's notifications when a task starts, and with gentle pop-outs beside the drawer. Choose what you want now; Settings › Notifications has the rest."
                 }
                 SettingsSwitch {
                     text: "Remind me when a task starts"
-                    checked: settingsModel.preferences.taskRemindersEnabled
-                    onToggled: notifications.setTaskRemindersEnabled(checked)
+                    checked: SettingsModel.preferences.taskRemindersEnabled
+                    onToggled: Notifications.setTaskRemindersEnabled(checked)
                 }
                 SettingsSwitch {
                     text: "Create an end-of-day report"
-                    checked: settingsModel.preferences.dailyReviewEnabled
-                    onToggled: notifications.setDailyReviewEnabled(checked)
+                    checked: SettingsModel.preferences.dailyReviewEnabled
+                    onToggled: Notifications.setDailyReviewEnabled(checked)
                 }
                 Text {
-                    visible: notifications.errorMessage !== ""
-                    text: notifications.errorMessage
+                    visible: Notifications.errorMessage !== ""
+                    text: Notifications.errorMessage
                     Layout.fillWidth: true
                     wrapMode: Text.WordWrap
                     font.pixelSize: 12
-                    color: theme.text
+                    color: Theme.text
                 }
                 Item { Layout.fillHeight: true }
             }

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -9,9 +10,9 @@ Rectangle {
     property QtObject capture
     implicitWidth: 560
     implicitHeight: 176
-    color: theme.surface
+    color: Theme.surface
     radius: 12
-    border.color: theme.separator
+    border.color: Theme.separator
     Accessible.role: Accessible.Dialog
     Accessible.name: "Quick Add"
 
@@ -34,7 +35,7 @@ Rectangle {
             text: "Quick Add"
             font.pixelSize: 15
             font.weight: Font.DemiBold
-            color: theme.text
+            color: Theme.text
         }
 
         RowLayout {
@@ -51,7 +52,7 @@ Rectangle {
                 onTextEdited: root.capture.draftText = text
                 onAccepted: root.capture.submit()
                 Keys.onEscapePressed: root.capture.dismiss(true)
-                property var chips: today.previewQuickAdd(text)
+                property var chips: Today.previewQuickAdd(text)
             }
             // Opens voice capture in its own window; Quick Add steps aside for it.
             Item {
@@ -62,12 +63,12 @@ Rectangle {
                     id: voice
                     objectName: "quickAddVoice"
                     text: "Voice"
-                    enabled: typeof voiceReview !== "undefined"
+                    enabled: typeof VoiceReview !== "undefined"
                     Accessible.name: "Speak a task list and review before saving"
                     Accessible.description: "Opens voice capture. Recording starts only when you press the microphone there."
                     onClicked: {
                         root.capture.dismiss(false)
-                        voiceReview.present()
+                        VoiceReview.present()
                     }
                 }
                 ToolTip.visible: voiceHover.hovered
@@ -91,12 +92,12 @@ Rectangle {
             Layout.fillWidth: true
             visible: root.capture && root.capture.captureError !== ""
             spacing: 6
-            Text { text: "\u26A0"; color: theme.coral; font.pixelSize: 13 }
+            Text { text: "\u26A0"; color: Theme.coral; font.pixelSize: 13 }
             Text {
                 objectName: "quickAddError"
                 Layout.fillWidth: true
                 text: root.capture ? root.capture.captureError : ""
-                color: theme.text
+                color: Theme.text
                 font.pixelSize: 12
                 wrapMode: Text.WordWrap
                 Accessible.role: Accessible.AlertMessage
@@ -107,7 +108,7 @@ Rectangle {
 
         Text {
             text: "Enter to add \u00B7 Escape to close"
-            color: theme.secondaryText
+            color: Theme.secondaryText
             font.pixelSize: 12
         }
     }

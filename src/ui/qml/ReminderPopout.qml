@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Layouts
 
 // The drawer's reminder pop-out: a headline, one line of detail and three buttons. It
@@ -25,7 +26,7 @@ Item {
         anchors.topMargin: 0
         anchors.bottomMargin: -4
         radius: 14
-        color: Qt.rgba(0.145, 0.071, 0.184, theme.dark ? 0.5 : 0.14)
+        color: Qt.rgba(0.145, 0.071, 0.184, Theme.dark ? 0.5 : 0.14)
         opacity: card.opacity
     }
 
@@ -35,9 +36,9 @@ Item {
         anchors.fill: parent
         anchors.margins: 4
         radius: 12
-        color: theme.surface
+        color: Theme.surface
         border.width: 1
-        border.color: theme.separator
+        border.color: Theme.separator
 
         NumberAnimation {
             id: fade
@@ -62,13 +63,13 @@ Item {
                     width: 8
                     height: 8
                     radius: 4
-                    color: theme.coral
+                    color: Theme.coral
                     Layout.alignment: Qt.AlignVCenter
                 }
                 Text {
                     objectName: "reminderTitle"
                     text: root.title
-                    color: theme.text
+                    color: Theme.text
                     font.pixelSize: 15
                     font.weight: Font.DemiBold
                     elide: Text.ElideRight
@@ -78,7 +79,7 @@ Item {
             Text {
                 objectName: "reminderDetail"
                 text: root.detail
-                color: theme.secondaryText
+                color: Theme.secondaryText
                 font.pixelSize: 13
                 wrapMode: Text.Wrap
                 maximumLineCount: 3
@@ -94,23 +95,23 @@ Item {
                     text: "Open"
                     primary: true
                     focusPolicy: Qt.NoFocus
-                    onClicked: drawer.openReminder()
+                    onClicked: EdgePanel.openReminder()
                 }
                 FlatButton {
                     objectName: "reminderSnooze"
                     text: "Snooze 10 min"
-                    fill: theme.raised
+                    fill: Theme.raised
                     focusPolicy: Qt.NoFocus
-                    onClicked: drawer.snoozeReminder()
+                    onClicked: EdgePanel.snoozeReminder()
                 }
                 Item { Layout.fillWidth: true }
                 FlatButton {
                     objectName: "reminderDismiss"
                     text: "Dismiss"
                     Accessible.name: "Dismiss reminder"
-                    tint: theme.secondaryText
+                    tint: Theme.secondaryText
                     focusPolicy: Qt.NoFocus
-                    onClicked: drawer.closeReminder()
+                    onClicked: EdgePanel.closeReminder()
                 }
             }
         }

@@ -1,25 +1,26 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
 // A task's work sessions, newest first: add one, edit one, delete one (with undo).
 Sheet {
     id: sheet
-    title: "History of " + sessions.taskTitle
-    onCloseRequested: sessions.close()
+    title: "History of " + Sessions.taskTitle
+    onCloseRequested: Sessions.close()
     property string editingId: ""
 
     Text {
-        text: sessions.totalText !== "" ? "Recorded " + sessions.totalText : "Nothing recorded yet."
+        text: Sessions.totalText !== "" ? "Recorded " + Sessions.totalText : "Nothing recorded yet."
         font.pixelSize: 12
-        color: theme.secondaryText
+        color: Theme.secondaryText
     }
 
     ListView {
         Layout.fillWidth: true
         Layout.fillHeight: true
         clip: true
-        model: sessions
+        model: Sessions
         spacing: 4
         delegate: Rectangle {
             required property string sessionId
@@ -30,12 +31,12 @@ Sheet {
             width: ListView.view.width
             height: 40
             radius: 8
-            color: sheet.editingId === sessionId ? theme.selection : theme.raised
+            color: sheet.editingId === sessionId ? Theme.selection : Theme.raised
             RowLayout {
                 anchors.fill: parent
                 anchors.leftMargin: 8
-                Text { Layout.fillWidth: true; text: span; font.pixelSize: 13; color: theme.text; elide: Text.ElideRight }
-                Text { text: duration; font.pixelSize: 12; color: theme.secondaryText }
+                Text { Layout.fillWidth: true; text: span; font.pixelSize: 13; color: Theme.text; elide: Text.ElideRight }
+                Text { text: duration; font.pixelSize: 12; color: Theme.secondaryText }
                 FlatButton {
                     text: "Edit"
                     onClicked: { sheet.editingId = sessionId; startField.text = startText; endField.text = endText }
@@ -43,7 +44,7 @@ Sheet {
                 FlatButton {
                     text: "Delete"
                     Accessible.name: "Delete session " + span
-                    onClicked: { if (sheet.editingId === sessionId) sheet.editingId = ""; sessions.deleteSession(sessionId) }
+                    onClicked: { if (sheet.editingId === sessionId) sheet.editingId = ""; Sessions.deleteSession(sessionId) }
                 }
             }
         }
@@ -52,21 +53,21 @@ Sheet {
     GridLayout {
         Layout.fillWidth: true
         columns: 2
-        Text { text: "Start"; font.pixelSize: 13; color: theme.text }
-        Field { id: startField; Layout.fillWidth: true; text: sessions.suggestedStart(); Accessible.name: "Session start" }
-        Text { text: "End"; font.pixelSize: 13; color: theme.text }
-        Field { id: endField; Layout.fillWidth: true; text: sessions.suggestedEnd(); Accessible.name: "Session end" }
+        Text { text: "Start"; font.pixelSize: 13; color: Theme.text }
+        Field { id: startField; Layout.fillWidth: true; text: Sessions.suggestedStart(); Accessible.name: "Session start" }
+        Text { text: "End"; font.pixelSize: 13; color: Theme.text }
+        Field { id: endField; Layout.fillWidth: true; text: Sessions.suggestedEnd(); Accessible.name: "Session end" }
     }
 
-    Banner { Layout.fillWidth: true; text: sessions.errorMessage }
+    Banner { Layout.fillWidth: true; text: Sessions.errorMessage }
 
     RowLayout {
         Layout.fillWidth: true
         FlatButton {
-            visible: sessions.undoDescription !== ""
+            visible: Sessions.undoDescription !== ""
             text: "Undo"
-            Accessible.name: "Undo " + sessions.undoDescription
-            onClicked: sessions.undo()
+            Accessible.name: "Undo " + Sessions.undoDescription
+            onClicked: Sessions.undo()
         }
         Item { Layout.fillWidth: true }
         FlatButton {
@@ -79,8 +80,8 @@ Sheet {
             text: sheet.editingId !== "" ? "Save session" : "Add session"
             onClicked: {
                 var ok = sheet.editingId !== ""
-                    ? sessions.updateSession(sheet.editingId, startField.text, endField.text)
-                    : sessions.addSession(startField.text, endField.text)
+                    ? Sessions.updateSession(sheet.editingId, startField.text, endField.text)
+                    : Sessions.addSession(startField.text, endField.text)
                 if (ok) sheet.editingId = ""
             }
         }

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Dialogs
 import QtQuick.Layouts
@@ -18,7 +19,7 @@ Rectangle {
         { name: "reports", title: "Reports" },
         { name: "about", title: "About" }
     ]
-    color: theme.surface
+    color: Theme.surface
     implicitWidth: 780
     implicitHeight: 600
 
@@ -27,7 +28,7 @@ Rectangle {
             if (pages[i].name === name) return i
         return -1
     }
-    onPageChanged: settingsModel.clearMessage()
+    onPageChanged: SettingsModel.clearMessage()
 
     // Escape (when no control or dialog wants it) and Ctrl+W close the window.
     Keys.onEscapePressed: root.Window.window.close()
@@ -43,7 +44,7 @@ Rectangle {
         Rectangle {
             Layout.fillHeight: true
             Layout.preferredWidth: 180
-            color: theme.raised
+            color: Theme.raised
             ListView {
                 id: pageList
                 objectName: "settingsPages"
@@ -64,9 +65,9 @@ Rectangle {
                     width: ListView.view.width
                     height: 32
                     radius: 8
-                    color: ListView.isCurrentItem ? theme.selection : "transparent"
+                    color: ListView.isCurrentItem ? Theme.selection : "transparent"
                     border.width: ListView.isCurrentItem && pageList.activeFocus ? 2 : 0
-                    border.color: theme.focusRing
+                    border.color: Theme.focusRing
                     Accessible.role: Accessible.PageTab
                     Accessible.name: modelData.title
                     Text {
@@ -75,7 +76,7 @@ Rectangle {
                         anchors.leftMargin: 8
                         text: modelData.title
                         font.pixelSize: 13
-                        color: ListView.isCurrentItem && !theme.dark ? theme.ink : theme.text
+                        color: ListView.isCurrentItem && !Theme.dark ? Theme.ink : Theme.text
                     }
                     MouseArea {
                         anchors.fill: parent
@@ -92,14 +93,14 @@ Rectangle {
             contentWidth: availableWidth
             clip: true
             // The stock controls (choices, number fields, dialogs) in the theme's colours.
-            palette.button: theme.raised
-            palette.buttonText: theme.text
-            palette.base: theme.raised
-            palette.text: theme.text
-            palette.window: theme.surface
-            palette.windowText: theme.text
-            palette.highlight: theme.selection
-            palette.highlightedText: theme.dark ? theme.text : theme.ink
+            palette.button: Theme.raised
+            palette.buttonText: Theme.text
+            palette.base: Theme.raised
+            palette.text: Theme.text
+            palette.window: Theme.surface
+            palette.windowText: Theme.text
+            palette.highlight: Theme.selection
+            palette.highlightedText: Theme.dark ? Theme.text : Theme.ink
             Loader {
                 id: pageLoader
                 objectName: "settingsPage"
@@ -117,7 +118,7 @@ Rectangle {
     function openExport(asCsv) {
         exportDialog.asCsv = asCsv
         exportDialog.open()
-        if (!exportDialog.visible) settingsModel.exportDialogFailed(asCsv)
+        if (!exportDialog.visible) SettingsModel.exportDialogFailed(asCsv)
     }
 
     FileDialog {
@@ -132,6 +133,6 @@ Rectangle {
         nameFilters: asCsv ? ["Comma-separated text (*.csv)"] : ["JSON (*.json)"]
         defaultSuffix: asCsv ? "csv" : "json"
         selectedFile: "Daywyn-export." + (asCsv ? "csv" : "json")
-        onAccepted: settingsModel.exportData(asCsv, selectedFile)
+        onAccepted: SettingsModel.exportData(asCsv, selectedFile)
     }
 }

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -23,24 +24,24 @@ ColumnLayout {
             spacing: 8
             Text {
                 objectName: "aboutVersion"
-                text: "Daywyn " + updates.currentVersion + " (build " + updates.currentBuild + ")"
-                font.pixelSize: 13; color: theme.text
+                text: "Daywyn " + Updates.currentVersion + " (build " + Updates.currentBuild + ")"
+                font.pixelSize: 13; color: Theme.text
                 Accessible.name: text
             }
-            Text { text: "Your tasks and reports are kept in"; font.pixelSize: 12; color: theme.secondaryText }
+            Text { text: "Your tasks and reports are kept in"; font.pixelSize: 12; color: Theme.secondaryText }
             TextEdit {
-                text: settingsModel.dataFilePath
+                text: SettingsModel.dataFilePath
                 readOnly: true; selectByMouse: true; wrapMode: TextEdit.WrapAnywhere
                 Layout.fillWidth: true
-                font.pixelSize: 13; color: theme.text
+                font.pixelSize: 13; color: Theme.text
                 Accessible.name: "Data file"
             }
-            Text { text: "Settings for this computer are kept in"; font.pixelSize: 12; color: theme.secondaryText }
+            Text { text: "Settings for this computer are kept in"; font.pixelSize: 12; color: Theme.secondaryText }
             TextEdit {
-                text: settingsModel.settingsFilePath
+                text: SettingsModel.settingsFilePath
                 readOnly: true; selectByMouse: true; wrapMode: TextEdit.WrapAnywhere
                 Layout.fillWidth: true
-                font.pixelSize: 13; color: theme.text
+                font.pixelSize: 13; color: Theme.text
                 Accessible.name: "Settings file"
             }
         }
@@ -56,27 +57,27 @@ ColumnLayout {
                 FlatButton {
                     objectName: "checkForUpdates"
                     text: "Check for updates"
-                    fill: theme.raised
-                    enabled: !updates.isChecking && !updates.isDownloading
-                    onClicked: updates.checkForUpdates()
+                    fill: Theme.raised
+                    enabled: !Updates.isChecking && !Updates.isDownloading
+                    onClicked: Updates.checkForUpdates()
                 }
                 FlatButton {
                     objectName: "downloadUpdate"
-                    visible: updates.updateAvailable
+                    visible: Updates.updateAvailable
                     // Once the package is saved, opening it is the next step.
-                    primary: updates.downloadedInstallerURL.toString() === ""
-                    fill: theme.raised
+                    primary: Updates.downloadedInstallerURL.toString() === ""
+                    fill: Theme.raised
                     opacity: enabled ? 1 : 0.5
-                    text: "Download Daywyn " + (updates.latestRelease.version || "")
-                    enabled: !updates.isDownloading && !updates.isChecking
-                    onClicked: updates.downloadLatest()
+                    text: "Download Daywyn " + (Updates.latestRelease.version || "")
+                    enabled: !Updates.isDownloading && !Updates.isChecking
+                    onClicked: Updates.downloadLatest()
                 }
                 FlatButton {
                     objectName: "openDownloadedInstaller"
-                    visible: updates.downloadedInstallerURL.toString() !== ""
+                    visible: Updates.downloadedInstallerURL.toString() !== ""
                     text: "Open downloaded installer"
                     primary: true
-                    onClicked: updates.openDownloadedInstaller()
+                    onClicked: Updates.openDownloadedInstaller()
                 }
             }
 
@@ -84,17 +85,17 @@ ColumnLayout {
                 objectName: "updateStatus"
                 Layout.fillWidth: true
                 visible: text !== ""
-                text: updates.statusMessage
+                text: Updates.statusMessage
                 wrapMode: Text.WordWrap
                 font.pixelSize: 13
-                color: theme.text
+                color: Theme.text
                 Accessible.role: Accessible.AlertMessage
                 Accessible.name: text
             }
 
             ColumnLayout {
                 objectName: "downloadProgress"
-                visible: updates.isDownloading
+                visible: Updates.isDownloading
                 Layout.fillWidth: true
                 spacing: 4
                 ProgressBar {
@@ -102,58 +103,58 @@ ColumnLayout {
                     Layout.fillWidth: true
                     Layout.maximumWidth: 360
                     from: 0
-                    to: Math.max(1, updates.bytesTotal)
-                    value: updates.bytesReceived
-                    indeterminate: updates.bytesTotal < 0
+                    to: Math.max(1, Updates.bytesTotal)
+                    value: Updates.bytesReceived
+                    indeterminate: Updates.bytesTotal < 0
                     Accessible.name: "Download progress"
-                    background: Rectangle { implicitHeight: 6; radius: 3; color: theme.separator }
+                    background: Rectangle { implicitHeight: 6; radius: 3; color: Theme.separator }
                     contentItem: Item {
                         implicitHeight: 6
                         Rectangle {
                             width: bar.indeterminate ? parent.width * 0.3 : bar.visualPosition * parent.width
                             height: parent.height
                             radius: 3
-                            color: theme.coral
+                            color: Theme.coral
                         }
                     }
                 }
                 Text {
-                    text: updates.bytesTotal > 0
-                          ? megabytes(updates.bytesReceived) + " of " + megabytes(updates.bytesTotal)
-                          : megabytes(updates.bytesReceived)
+                    text: Updates.bytesTotal > 0
+                          ? megabytes(Updates.bytesReceived) + " of " + megabytes(Updates.bytesTotal)
+                          : megabytes(Updates.bytesReceived)
                     font.pixelSize: 12
-                    color: theme.secondaryText
+                    color: Theme.secondaryText
                 }
             }
 
             TextEdit {
                 objectName: "downloadedInstallerPath"
-                visible: updates.downloadedInstallerURL.toString() !== ""
-                text: updates.downloadedInstallerPath
+                visible: Updates.downloadedInstallerURL.toString() !== ""
+                text: Updates.downloadedInstallerPath
                 readOnly: true; selectByMouse: true; wrapMode: TextEdit.WrapAnywhere
                 Layout.fillWidth: true
-                font.pixelSize: 12; color: theme.secondaryText
+                font.pixelSize: 12; color: Theme.secondaryText
                 Accessible.name: "Downloaded installer"
             }
 
             ColumnLayout {
-                visible: updates.latestRelease.version !== undefined
+                visible: Updates.latestRelease.version !== undefined
                 Layout.fillWidth: true
                 spacing: 4
                 Text {
-                    text: "Latest release: " + (updates.latestRelease.version || "")
-                          + " (build " + (updates.latestRelease.build || "") + "), published "
-                          + (updates.latestRelease.publishedAt || "")
-                    font.pixelSize: 12; color: theme.secondaryText
+                    text: "Latest release: " + (Updates.latestRelease.version || "")
+                          + " (build " + (Updates.latestRelease.build || "") + "), published "
+                          + (Updates.latestRelease.publishedAt || "")
+                    font.pixelSize: 12; color: Theme.secondaryText
                     Layout.fillWidth: true
                     wrapMode: Text.WordWrap
                 }
                 Repeater {
-                    model: updates.latestRelease.notes || []
+                    model: Updates.latestRelease.notes || []
                     Text {
                         required property string modelData
                         text: "\u2022 " + modelData
-                        font.pixelSize: 12; color: theme.text
+                        font.pixelSize: 12; color: Theme.text
                         Layout.fillWidth: true
                         wrapMode: Text.WordWrap
                     }

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -20,14 +21,14 @@ ColumnLayout {
             RadioButton {
                 required property var modelData
                 text: modelData.label
-                checked: settingsModel.appearance === modelData.value
-                onClicked: settingsModel.appearance = modelData.value
+                checked: SettingsModel.appearance === modelData.value
+                onClicked: SettingsModel.appearance = modelData.value
                 Accessible.name: modelData.label
                 contentItem: Text {
                     leftPadding: parent.indicator.width + 8
                     text: parent.text
                     font.pixelSize: 13
-                    color: theme.text
+                    color: Theme.text
                     verticalAlignment: Text.AlignVCenter
                 }
             }

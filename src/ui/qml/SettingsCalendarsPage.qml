@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -19,36 +20,36 @@ ColumnLayout {
             SettingsSwitch {
                 objectName: "calendarIntegrationSwitch"
                 text: "Show calendar events in the drawer"
-                checked: calendarManager.integrationEnabled
-                onToggled: calendarManager.setIntegrationEnabled(checked)
+                checked: Calendars.integrationEnabled
+                onToggled: Calendars.setIntegrationEnabled(checked)
             }
             Repeater {
-                model: calendarManager.explanations
+                model: Calendars.explanations
                 Text {
                     Layout.fillWidth: true
                     text: modelData
                     wrapMode: Text.WordWrap
                     font.pixelSize: 12
-                    color: theme.text
+                    color: Theme.text
                 }
             }
             Text {
                 Layout.fillWidth: true
-                visible: calendarManager.errorMessage !== ""
-                text: calendarManager.errorMessage
+                visible: Calendars.errorMessage !== ""
+                text: Calendars.errorMessage
                 wrapMode: Text.WordWrap
                 font.pixelSize: 12
-                color: theme.coral
+                color: Theme.coral
             }
             Text {
-                visible: calendarManager.isLoading && calendarManager.calendarGroups.length === 0
+                visible: Calendars.isLoading && Calendars.calendarGroups.length === 0
                 text: "Looking for calendars…"
                 font.pixelSize: 12
-                color: theme.secondaryText
+                color: Theme.secondaryText
             }
         }
         Repeater {
-            model: calendarManager.calendarGroups
+            model: Calendars.calendarGroups
             SettingsSection {
                 id: group
                 required property var modelData
@@ -62,7 +63,7 @@ ColumnLayout {
                         checked: modelData.selected
                         text: modelData.title
                         Accessible.name: modelData.title + " (" + group.modelData.sourceTitle + ")"
-                        onToggled: calendarManager.setCalendarSelected(modelData.id, checked)
+                        onToggled: Calendars.setCalendarSelected(modelData.id, checked)
                         contentItem: RowLayout {
                             spacing: 8
                             Item { implicitWidth: box.indicator.width }
@@ -77,7 +78,7 @@ ColumnLayout {
                                 text: box.text
                                 elide: Text.ElideRight
                                 font.pixelSize: 13
-                                color: theme.text
+                                color: Theme.text
                             }
                         }
                     }
@@ -90,10 +91,10 @@ ColumnLayout {
             note: "Online calendars (Google, Nextcloud, Microsoft 365) come through the accounts of your desktop."
             FlatButton {
                 text: "Open Online Accounts"
-                fill: theme.raised
-                onClicked: if (!systemSettings.open("calendars")) calendarFailure.text = systemSettings.failureMessage()
+                fill: Theme.raised
+                onClicked: if (!SystemSettings.open("calendars")) calendarFailure.text = SystemSettings.failureMessage()
             }
-            Text { id: calendarFailure; visible: text !== ""; Layout.fillWidth: true; wrapMode: Text.WordWrap; font.pixelSize: 12; color: theme.text }
+            Text { id: calendarFailure; visible: text !== ""; Layout.fillWidth: true; wrapMode: Text.WordWrap; font.pixelSize: 12; color: Theme.text }
         }
     }
 }

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -18,12 +19,12 @@ ColumnLayout {
             ComboBox {
                 objectName: "anchorChoice"
                 Layout.preferredWidth: 240
-                model: settingsModel.anchors
+                model: SettingsModel.anchors
                 textRole: "label"
                 valueRole: "value"
                 Accessible.name: "Drawer position"
-                Component.onCompleted: currentIndex = indexOfValue(settingsModel.preferences.edgeAnchor)
-                onActivated: settingsModel.setPreference("edgeAnchor", currentValue)
+                Component.onCompleted: currentIndex = indexOfValue(SettingsModel.preferences.edgeAnchor)
+                onActivated: SettingsModel.setPreference("edgeAnchor", currentValue)
             }
         }
 
@@ -32,41 +33,41 @@ ColumnLayout {
             SettingsSwitch {
                 objectName: "launchAtLoginSwitch"
                 text: "Launch Daywyn at login"
-                checked: launchAtLogin.isEnabled
-                onToggled: launchAtLogin.isEnabled = checked
+                checked: LaunchAtLogin.isEnabled
+                onToggled: LaunchAtLogin.isEnabled = checked
             }
             Text {
-                visible: launchAtLogin.errorMessage !== ""
-                text: launchAtLogin.errorMessage
+                visible: LaunchAtLogin.errorMessage !== ""
+                text: LaunchAtLogin.errorMessage
                 Layout.fillWidth: true
                 wrapMode: Text.WordWrap
                 font.pixelSize: 12
-                color: theme.text
+                color: Theme.text
             }
         }
 
         SettingsSection {
             title: "Global quick capture"
-            note: quickCapture.shortcutText + " opens Quick Add from any app."
+            note: QuickCapture.shortcutText + " opens Quick Add from any app."
             SettingsSwitch {
                 objectName: "quickCaptureSwitch"
                 text: "Global quick capture"
-                checked: quickCapture.isEnabled
-                onToggled: quickCapture.isEnabled = checked
+                checked: QuickCapture.isEnabled
+                onToggled: QuickCapture.isEnabled = checked
             }
             Text {
                 objectName: "quickCaptureStatus"
                 visible: text !== ""
-                text: quickCapture.statusText
+                text: QuickCapture.statusText
                 Layout.fillWidth: true
                 wrapMode: Text.WordWrap
                 font.pixelSize: 12
-                color: quickCapture.isShortcutActive ? theme.secondaryText : theme.text
+                color: QuickCapture.isShortcutActive ? Theme.secondaryText : Theme.text
             }
             FlatButton {
                 text: "Open quick capture"
-                fill: theme.raised
-                onClicked: quickCapture.show()
+                fill: Theme.raised
+                onClicked: QuickCapture.show()
             }
         }
 

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -11,37 +12,37 @@ SettingsSection {
         spacing: 12
         FlatButton {
             objectName: "connectGoogleButton"
-            visible: googleCalendars.registrationProblem === ""
-            enabled: !googleCalendars.isConnecting
+            visible: GoogleCalendars.registrationProblem === ""
+            enabled: !GoogleCalendars.isConnecting
             text: "Connect Google Account"
-            fill: theme.raised
-            onClicked: googleCalendars.connectAccount()
+            fill: Theme.raised
+            onClicked: GoogleCalendars.connectAccount()
         }
         Text {
-            visible: googleCalendars.isConnecting
+            visible: GoogleCalendars.isConnecting
             text: "Waiting for Google…"
             font.pixelSize: 12
-            color: theme.secondaryText
+            color: Theme.secondaryText
         }
     }
     Text {
         Layout.fillWidth: true
-        visible: googleCalendars.registrationProblem !== ""
-        text: googleCalendars.registrationProblem
+        visible: GoogleCalendars.registrationProblem !== ""
+        text: GoogleCalendars.registrationProblem
         wrapMode: Text.WordWrap
         font.pixelSize: 12
-        color: theme.text
+        color: Theme.text
     }
     Text {
         Layout.fillWidth: true
-        visible: googleCalendars.errorMessage !== ""
-        text: googleCalendars.errorMessage
+        visible: GoogleCalendars.errorMessage !== ""
+        text: GoogleCalendars.errorMessage
         wrapMode: Text.WordWrap
         font.pixelSize: 12
-        color: theme.coral
+        color: Theme.coral
     }
     Repeater {
-        model: googleCalendars.accounts
+        model: GoogleCalendars.accounts
         ColumnLayout {
             id: account
             required property var modelData
@@ -57,12 +58,12 @@ SettingsSection {
                     elide: Text.ElideRight
                     font.pixelSize: 13
                     font.weight: Font.DemiBold
-                    color: theme.text
+                    color: Theme.text
                 }
                 FlatButton {
                     visible: !account.confirming
                     text: "Disconnect"
-                    fill: theme.raised
+                    fill: Theme.raised
                     onClicked: account.confirming = true
                 }
             }
@@ -75,28 +76,28 @@ SettingsSection {
                     text: "Disconnect this Google account from Daywyn?"
                     wrapMode: Text.WordWrap
                     font.pixelSize: 13
-                    color: theme.text
+                    color: Theme.text
                 }
                 Text {
                     Layout.fillWidth: true
                     text: "This removes its saved access and events from Daywyn, not the Google account or its calendars. You can also revoke Daywyn in your Google Account’s connected-app settings."
                     wrapMode: Text.WordWrap
                     font.pixelSize: 12
-                    color: theme.secondaryText
+                    color: Theme.secondaryText
                 }
                 RowLayout {
                     spacing: 8
                     FlatButton {
                         text: "Disconnect"
-                        fill: theme.coral
+                        fill: Theme.coral
                         onClicked: {
                             account.confirming = false
-                            googleCalendars.disconnectAccount(account.modelData.id)
+                            GoogleCalendars.disconnectAccount(account.modelData.id)
                         }
                     }
                     FlatButton {
                         text: "Cancel"
-                        fill: theme.raised
+                        fill: Theme.raised
                         onClicked: account.confirming = false
                     }
                 }
@@ -107,7 +108,7 @@ SettingsSection {
                 text: account.modelData.message
                 wrapMode: Text.WordWrap
                 font.pixelSize: 12
-                color: theme.coral
+                color: Theme.coral
             }
             Repeater {
                 model: account.modelData.calendars
@@ -118,7 +119,7 @@ SettingsSection {
                     checked: modelData.selected
                     text: modelData.title
                     Accessible.name: modelData.title + " (" + account.modelData.email + ")"
-                    onToggled: googleCalendars.setCalendarSelected(account.modelData.id, modelData.id, checked)
+                    onToggled: GoogleCalendars.setCalendarSelected(account.modelData.id, modelData.id, checked)
                     contentItem: RowLayout {
                         spacing: 8
                         Item { implicitWidth: box.indicator.width }
@@ -133,7 +134,7 @@ SettingsSection {
                             text: box.text
                             elide: Text.ElideRight
                             font.pixelSize: 13
-                            color: theme.text
+                            color: Theme.text
                         }
                     }
                 }

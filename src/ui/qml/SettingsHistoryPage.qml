@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -8,13 +9,13 @@ ColumnLayout {
     SettingsPageTitle { title: "History"; Layout.fillWidth: true }
     Text {
         Layout.leftMargin: 16
-        visible: settingsModel.completedTasks.length === 0
+        visible: SettingsModel.completedTasks.length === 0
         text: "Tasks you complete appear here."
         font.pixelSize: 13
-        color: theme.secondaryText
+        color: Theme.secondaryText
     }
     Repeater {
-        model: settingsModel.completedTasks
+        model: SettingsModel.completedTasks
         Rectangle {
             required property var modelData
             Layout.leftMargin: 16
@@ -22,15 +23,15 @@ ColumnLayout {
             Layout.fillWidth: true
             implicitHeight: 44
             radius: 8
-            color: theme.raised
+            color: Theme.raised
             Accessible.role: Accessible.ListItem
             Accessible.name: modelData.title + ", completed " + modelData.completed
             ColumnLayout {
                 anchors.fill: parent
                 anchors.margins: 8
                 spacing: 0
-                Text { text: modelData.title; font.pixelSize: 13; color: theme.text; elide: Text.ElideRight; Layout.fillWidth: true }
-                Text { text: "Completed " + modelData.completed; font.pixelSize: 12; color: theme.secondaryText }
+                Text { text: modelData.title; font.pixelSize: 13; color: Theme.text; elide: Text.ElideRight; Layout.fillWidth: true }
+                Text { text: "Completed " + modelData.completed; font.pixelSize: 12; color: Theme.secondaryText }
             }
         }
     }

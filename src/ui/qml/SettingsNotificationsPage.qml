@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -18,8 +19,8 @@ ColumnLayout {
                 Layout.fillWidth: true
                 wrapMode: Text.WordWrap
                 font.pixelSize: 12
-                color: theme.text
-                text: notifications.authorizationStatus === "authorized"
+                color: Theme.text
+                text: Notifications.authorizationStatus === "authorized"
                       ? "Daywyn can send notifications: your desktop's notification service answered."
                       : "No notification service answered, so Daywyn cannot send notifications. Start your desktop's notification service, then try again."
             }
@@ -27,22 +28,22 @@ ColumnLayout {
                 spacing: 8
                 FlatButton {
                     text: "Send test notification"
-                    fill: theme.raised
-                    onClicked: notifications.sendTestNotification()
+                    fill: Theme.raised
+                    onClicked: Notifications.sendTestNotification()
                 }
                 FlatButton {
                     text: "Check again"
-                    fill: theme.raised
-                    onClicked: notifications.refreshAuthorizationStatus()
+                    fill: Theme.raised
+                    onClicked: Notifications.refreshAuthorizationStatus()
                 }
             }
             Text {
                 visible: text !== ""
-                text: notifications.errorMessage !== "" ? notifications.errorMessage : notifications.actionMessage
+                text: Notifications.errorMessage !== "" ? Notifications.errorMessage : Notifications.actionMessage
                 Layout.fillWidth: true
                 wrapMode: Text.WordWrap
                 font.pixelSize: 12
-                color: theme.text
+                color: Theme.text
                 Accessible.role: Accessible.AlertMessage
             }
         }
@@ -50,13 +51,13 @@ ColumnLayout {
             title: "Reminders"
             SettingsSwitch {
                 text: "Remind me when a task starts"
-                checked: settingsModel.preferences.taskRemindersEnabled
-                onToggled: notifications.setTaskRemindersEnabled(checked)
+                checked: SettingsModel.preferences.taskRemindersEnabled
+                onToggled: Notifications.setTaskRemindersEnabled(checked)
             }
             SettingsSwitch {
                 text: "Warn before a task's estimate runs out"
-                checked: settingsModel.preferences.budgetNotificationsEnabled
-                onToggled: notifications.setBudgetNotificationsEnabled(checked)
+                checked: SettingsModel.preferences.budgetNotificationsEnabled
+                onToggled: Notifications.setBudgetNotificationsEnabled(checked)
             }
             SettingsNumber {
                 label: "Estimate warning lead"
@@ -67,8 +68,8 @@ ColumnLayout {
             }
             SettingsSwitch {
                 text: "Alert when a scheduled end passes"
-                checked: settingsModel.preferences.scheduledEndAlertsEnabled
-                onToggled: notifications.setScheduledEndAlertsEnabled(checked)
+                checked: SettingsModel.preferences.scheduledEndAlertsEnabled
+                onToggled: Notifications.setScheduledEndAlertsEnabled(checked)
             }
             SettingsNumber {
                 label: "End warning lead"
@@ -83,18 +84,18 @@ ColumnLayout {
             note: "Gentle reminders beside the drawer for due tasks and a check-in now and then; never while the screen is locked, and old reminders are not replayed after long absences."
             SettingsSwitch {
                 text: "Show gentle drawer pop-outs"
-                checked: settingsModel.userSwitch("inAppRemindersEnabled", true)
-                onToggled: settingsModel.setUserSwitch("inAppRemindersEnabled", checked)
+                checked: SettingsModel.userSwitch("inAppRemindersEnabled", true)
+                onToggled: SettingsModel.setUserSwitch("inAppRemindersEnabled", checked)
             }
             SettingsSwitch {
                 text: "Pause for presentations"
-                checked: settingsModel.userSwitch("inAppRemindersPaused", false)
-                onToggled: settingsModel.setUserSwitch("inAppRemindersPaused", checked)
+                checked: SettingsModel.userSwitch("inAppRemindersPaused", false)
+                onToggled: SettingsModel.setUserSwitch("inAppRemindersPaused", checked)
             }
             SettingsSwitch {
                 text: "Play Daywyn chime with drawer reminders"
-                checked: settingsModel.userSwitch("inAppReminderSoundEnabled", true)
-                onToggled: settingsModel.setUserSwitch("inAppReminderSoundEnabled", checked)
+                checked: SettingsModel.userSwitch("inAppReminderSoundEnabled", true)
+                onToggled: SettingsModel.setUserSwitch("inAppReminderSoundEnabled", checked)
             }
             SettingsNumber { objectName: "popOutsFrom"; label: "Pop-outs from"; userKey: "inAppActiveStart"; fallback: 9; unit: ":00"; from: 0; to: 23 }
             SettingsNumber { objectName: "popOutsUntil"; label: "Pop-outs until"; userKey: "inAppActiveEnd"; fallback: 21; unit: ":00"; from: 0; to: 24 }
@@ -103,19 +104,19 @@ ColumnLayout {
                 text: "Pop-outs appear only between these hours; equal hours allow them all day."
                 wrapMode: Text.WordWrap
                 font.pixelSize: 12
-                color: theme.secondaryText
+                color: Theme.secondaryText
             }
             FlatButton {
                 text: "Preview drawer reminder"
-                fill: theme.raised
-                onClicked: drawerReminders.preview()
+                fill: Theme.raised
+                onClicked: DrawerReminders.preview()
             }
         }
         SettingsSection {
             title: "Unfinished tasks"
             note: "Notifications about open tasks are sent only between these hours; equal hours allow them all day."
             RowLayout {
-                Text { text: "Nudge me"; font.pixelSize: 13; color: theme.text; Layout.fillWidth: true }
+                Text { text: "Nudge me"; font.pixelSize: 13; color: Theme.text; Layout.fillWidth: true }
                 ComboBox {
                     Layout.preferredWidth: 200
                     Layout.preferredHeight: 36
@@ -128,8 +129,8 @@ ColumnLayout {
                     textRole: "label"
                     valueRole: "value"
                     Accessible.name: "Unfinished task reminders"
-                    Component.onCompleted: currentIndex = indexOfValue(settingsModel.preferences.unfinishedReminderCadence)
-                    onActivated: notifications.setUnfinishedReminderCadence(currentValue)
+                    Component.onCompleted: currentIndex = indexOfValue(SettingsModel.preferences.unfinishedReminderCadence)
+                    onActivated: Notifications.setUnfinishedReminderCadence(currentValue)
                 }
             }
             SettingsNumber { objectName: "nudgesFrom"; label: "Notifications from"; preference: "activeHoursStart"; unit: ":00"; from: 0; to: 23 }
@@ -139,10 +140,10 @@ ColumnLayout {
             title: "Desktop notification settings"
             FlatButton {
                 text: "Open Notification settings"
-                fill: theme.raised
-                onClicked: if (!systemSettings.open("notifications")) settingsFailure.text = systemSettings.failureMessage()
+                fill: Theme.raised
+                onClicked: if (!SystemSettings.open("notifications")) settingsFailure.text = SystemSettings.failureMessage()
             }
-            Text { id: settingsFailure; visible: text !== ""; Layout.fillWidth: true; wrapMode: Text.WordWrap; font.pixelSize: 12; color: theme.text }
+            Text { id: settingsFailure; visible: text !== ""; Layout.fillWidth: true; wrapMode: Text.WordWrap; font.pixelSize: 12; color: Theme.text }
         }
         SettingsMessageLine {}
     }

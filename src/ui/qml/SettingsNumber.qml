@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -19,7 +20,7 @@ RowLayout {
     Text {
         text: row.label
         font.pixelSize: 13
-        color: theme.text
+        color: Theme.text
         Layout.fillWidth: true
     }
     SpinBox {
@@ -27,20 +28,20 @@ RowLayout {
         from: row.from
         to: row.to
         editable: true
-        value: row.userKey !== "" ? settingsModel.userNumber(row.userKey, row.fallback)
-                                  : settingsModel.preferences[row.preference]
+        value: row.userKey !== "" ? SettingsModel.userNumber(row.userKey, row.fallback)
+                                  : SettingsModel.preferences[row.preference]
         Accessible.name: row.label
-        onValueModified: row.userKey !== "" ? settingsModel.setUserNumber(row.userKey, value)
-                                            : settingsModel.setPreference(row.preference, value)
-        palette.base: theme.raised
-        palette.text: theme.text
-        palette.button: theme.raised
-        palette.buttonText: theme.text
+        onValueModified: row.userKey !== "" ? SettingsModel.setUserNumber(row.userKey, value)
+                                            : SettingsModel.setPreference(row.preference, value)
+        palette.base: Theme.raised
+        palette.text: Theme.text
+        palette.button: Theme.raised
+        palette.buttonText: Theme.text
     }
     Text {
         text: row.unit
         visible: text !== ""
         font.pixelSize: 12
-        color: theme.secondaryText
+        color: Theme.secondaryText
     }
 }

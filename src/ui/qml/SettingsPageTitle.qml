@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -12,6 +13,6 @@ ColumnLayout {
         text: parent.title
         font.pixelSize: 20
         font.weight: Font.DemiBold
-        color: theme.text
+        color: Theme.text
     }
 }

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -18,59 +19,59 @@ ColumnLayout {
             SettingsSwitch {
                 objectName: "dailyReviewSwitch"
                 text: "Create an end-of-day report"
-                checked: settingsModel.preferences.dailyReviewEnabled
-                onToggled: notifications.setDailyReviewEnabled(checked)
+                checked: SettingsModel.preferences.dailyReviewEnabled
+                onToggled: Notifications.setDailyReviewEnabled(checked)
             }
             RowLayout {
                 spacing: 8
-                Text { text: "Review time"; font.pixelSize: 13; color: theme.text; Layout.fillWidth: true }
+                Text { text: "Review time"; font.pixelSize: 13; color: Theme.text; Layout.fillWidth: true }
                 SpinBox {
                     from: 0; to: 23; editable: true
-                    value: settingsModel.preferences.dailyReviewHour
+                    value: SettingsModel.preferences.dailyReviewHour
                     Accessible.name: "Review hour"
                     textFromValue: (v) => ("0" + v).slice(-2)
-                    onValueModified: settingsModel.setPreference("dailyReviewHour", value)
+                    onValueModified: SettingsModel.setPreference("dailyReviewHour", value)
                 }
-                Text { text: ":"; color: theme.text }
+                Text { text: ":"; color: Theme.text }
                 SpinBox {
                     from: 0; to: 59; editable: true
-                    value: settingsModel.preferences.dailyReviewMinute
+                    value: SettingsModel.preferences.dailyReviewMinute
                     Accessible.name: "Review minute"
                     textFromValue: (v) => ("0" + v).slice(-2)
-                    onValueModified: settingsModel.setPreference("dailyReviewMinute", value)
+                    onValueModified: SettingsModel.setPreference("dailyReviewMinute", value)
                 }
             }
             FlatButton {
                 objectName: "generateReview"
                 text: "Generate any review that is due"
-                fill: theme.raised
-                onClicked: settingsModel.generateDueReport()
+                fill: Theme.raised
+                onClicked: SettingsModel.generateDueReport()
             }
         }
 
         SettingsSection {
             title: "Saved reviews"
             Text {
-                visible: settingsModel.reports.length === 0
+                visible: SettingsModel.reports.length === 0
                 text: "No daily reviews yet"
                 font.pixelSize: 13
                 font.weight: Font.DemiBold
-                color: theme.text
+                color: Theme.text
             }
             Text {
-                visible: settingsModel.reports.length === 0
+                visible: SettingsModel.reports.length === 0
                 text: "A local summary appears after the configured review time."
                 font.pixelSize: 12
-                color: theme.secondaryText
+                color: Theme.secondaryText
             }
             Repeater {
-                model: settingsModel.reports
+                model: SettingsModel.reports
                 Rectangle {
                     required property var modelData
                     Layout.fillWidth: true
                     implicitHeight: reportColumn.implicitHeight + 16
                     radius: 8
-                    color: theme.raised
+                    color: Theme.raised
                     ColumnLayout {
                         id: reportColumn
                         anchors.fill: parent
@@ -78,11 +79,11 @@ ColumnLayout {
                         spacing: 2
                         Text {
                             text: modelData.day + " · " + modelData.completed + " done, " + modelData.unfinished + " open"
-                            font.pixelSize: 13; font.weight: Font.DemiBold; color: theme.text
+                            font.pixelSize: 13; font.weight: Font.DemiBold; color: Theme.text
                         }
                         Repeater {
                             model: modelData.lines
-                            Text { required property string modelData; text: modelData; font.pixelSize: 12; color: theme.secondaryText }
+                            Text { required property string modelData; text: modelData; font.pixelSize: 12; color: Theme.secondaryText }
                         }
                     }
                 }
@@ -97,13 +98,13 @@ ColumnLayout {
                 FlatButton {
                     objectName: "exportJson"
                     text: "Export tasks and reports (JSON)"
-                    fill: theme.raised
+                    fill: Theme.raised
                     onClicked: root.openExport(false)
                 }
                 FlatButton {
                     objectName: "exportCsv"
                     text: "Export task spreadsheet (CSV)"
-                    fill: theme.raised
+                    fill: Theme.raised
                     onClicked: root.openExport(true)
                 }
             }

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Layouts
 
 // A titled group on a settings page, with an optional explanation under the title.
@@ -12,7 +13,7 @@ ColumnLayout {
         visible: text !== ""
         font.pixelSize: 15
         font.weight: Font.DemiBold
-        color: theme.text
+        color: Theme.text
         Accessible.role: Accessible.Heading
     }
     Text {
@@ -21,6 +22,6 @@ ColumnLayout {
         Layout.fillWidth: true
         wrapMode: Text.WordWrap
         font.pixelSize: 12
-        color: theme.secondaryText
+        color: Theme.secondaryText
     }
 }

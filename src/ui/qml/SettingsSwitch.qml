@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -12,7 +13,7 @@ Switch {
         leftPadding: control.indicator.width + 8
         text: control.text
         font.pixelSize: 13
-        color: control.enabled ? theme.text : theme.secondaryText
+        color: control.enabled ? Theme.text : Theme.secondaryText
         verticalAlignment: Text.AlignVCenter
         wrapMode: Text.WordWrap
     }
@@ -21,14 +22,14 @@ Switch {
         implicitHeight: 22
         y: (control.height - height) / 2
         radius: 11
-        color: control.checked ? theme.coral : theme.separator
+        color: control.checked ? Theme.coral : Theme.separator
         border.width: control.visualFocus ? 2 : 0
-        border.color: theme.focusRing
+        border.color: Theme.focusRing
         Rectangle {
             width: 18; height: 18; radius: 9
             y: 2
             x: control.checked ? parent.width - width - 2 : 2
-            color: control.checked ? theme.ink : "white"
+            color: control.checked ? Theme.ink : "white"
         }
     }
 }

@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -20,9 +21,9 @@ ColumnLayout {
                 FlatButton {
                     objectName: "openVoiceCapture"
                     text: "Open voice capture"
-                    fill: theme.raised
+                    fill: Theme.raised
                     Accessible.description: "Opens voice capture. Recording starts only when you press the microphone there."
-                    onClicked: voiceReview.present()
+                    onClicked: VoiceReview.present()
                 }
             }
         }
@@ -34,28 +35,28 @@ ColumnLayout {
                 objectName: "voicePermissionSummary"
                 Layout.fillWidth: true
                 wrapMode: Text.WordWrap
-                text: voice.permissionSummary
+                text: Voice.permissionSummary
                 font.pixelSize: 13
-                color: theme.text
+                color: Theme.text
             }
             RowLayout {
                 spacing: 8
                 FlatButton {
                     text: "Open Microphone settings"
-                    fill: theme.raised
-                    onClicked: if (!systemSettings.open("microphone")) voiceFailure.text = systemSettings.failureMessage()
+                    fill: Theme.raised
+                    onClicked: if (!SystemSettings.open("microphone")) voiceFailure.text = SystemSettings.failureMessage()
                 }
                 FlatButton {
                     objectName: "installSpeechModel"
                     text: "Install the speech model"
-                    fill: theme.raised
+                    fill: Theme.raised
                     onClicked: {
                         voiceFailure.text = "Speech is recognised with the US English model of pocketsphinx. Install it with “sudo apt install pocketsphinx-en-us”, then press Open voice capture again."
                         Qt.openUrlExternally("appstream://pocketsphinx-en-us")
                     }
                 }
             }
-            Text { id: voiceFailure; objectName: "voiceSettingsMessage"; visible: text !== ""; Layout.fillWidth: true; wrapMode: Text.WordWrap; font.pixelSize: 12; color: theme.text }
+            Text { id: voiceFailure; objectName: "voiceSettingsMessage"; visible: text !== ""; Layout.fillWidth: true; wrapMode: Text.WordWrap; font.pixelSize: 12; color: Theme.text }
         }
     }
 }

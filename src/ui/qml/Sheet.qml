@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -8,8 +9,8 @@ Rectangle {
     property string title
     default property alias content: body.data
     signal closeRequested()
-    color: theme.surface
-    border.color: theme.separator
+    color: Theme.surface
+    border.color: Theme.separator
     border.width: 1
 
     ColumnLayout {
@@ -24,7 +25,7 @@ Rectangle {
                 elide: Text.ElideRight
                 font.pixelSize: 15
                 font.weight: Font.DemiBold
-                color: theme.text
+                color: Theme.text
                 Accessible.role: Accessible.Heading
             }
             FlatButton {

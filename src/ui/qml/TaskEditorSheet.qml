@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -6,8 +7,8 @@ import QtQuick.Layouts
 // checklist. The first problem is said below the fields and Save waits until it is gone.
 Sheet {
     id: sheet
-    title: editor.isNew ? "New task" : "Edit task"
-    onCloseRequested: editor.close()
+    title: Editor.isNew ? "New task" : "Edit task"
+    onCloseRequested: Editor.close()
     function focusTitle() { titleField.forceActiveFocus() }
 
     component SwitchRow: RowLayout {
@@ -27,7 +28,7 @@ Sheet {
                 leftPadding: toggle.indicator.width + 6
                 text: toggle.text
                 font.pixelSize: 13
-                color: theme.text
+                color: Theme.text
                 verticalAlignment: Text.AlignVCenter
             }
         }
@@ -57,9 +58,9 @@ Sheet {
                 Layout.fillWidth: true
                 placeholderText: "Title"
                 Accessible.name: "Title"
-                text: editor.title
-                onTextEdited: editor.title = text
-                onAccepted: editor.save()
+                text: Editor.title
+                onTextEdited: Editor.title = text
+                onAccepted: Editor.save()
             }
             RowLayout {
                 Layout.fillWidth: true
@@ -67,70 +68,70 @@ Sheet {
                     id: estimateSwitch
                     Layout.preferredWidth: 150
                     text: "Estimate"
-                    checked: editor.hasEstimate
-                    onToggled: editor.hasEstimate = checked
+                    checked: Editor.hasEstimate
+                    onToggled: Editor.hasEstimate = checked
                     contentItem: Text {
                         leftPadding: estimateSwitch.indicator.width + 6
                         text: estimateSwitch.text
                         font.pixelSize: 13
-                        color: theme.text
+                        color: Theme.text
                         verticalAlignment: Text.AlignVCenter
                     }
                 }
                 SpinBox {
-                    enabled: editor.hasEstimate
+                    enabled: Editor.hasEstimate
                     opacity: enabled ? 1 : 0.55
                     from: 0
                     to: 720
                     stepSize: 5
                     editable: true
-                    value: editor.estimatedMinutes
-                    onValueModified: editor.estimatedMinutes = value
+                    value: Editor.estimatedMinutes
+                    onValueModified: Editor.estimatedMinutes = value
                     Accessible.name: "Estimate in minutes"
                 }
-                Text { text: "min"; color: theme.secondaryText; font.pixelSize: 12 }
+                Text { text: "min"; color: Theme.secondaryText; font.pixelSize: 12 }
             }
             SwitchRow {
                 objectName: "plannedDayRow"
                 label: "Planned day"
-                on: editor.hasDay
-                value: editor.dayText
-                onSwitched: (on) => editor.hasDay = on
-                onEdited: (text) => editor.dayText = text
+                on: Editor.hasDay
+                value: Editor.dayText
+                onSwitched: (on) => Editor.hasDay = on
+                onEdited: (text) => Editor.dayText = text
             }
             SwitchRow {
                 label: "Start"
-                on: editor.hasStart
-                value: editor.startText
-                onSwitched: (on) => editor.hasStart = on
-                onEdited: (text) => editor.startText = text
+                on: Editor.hasStart
+                value: Editor.startText
+                onSwitched: (on) => Editor.hasStart = on
+                onEdited: (text) => Editor.startText = text
             }
             SwitchRow {
                 label: "End"
-                on: editor.hasEnd
-                value: editor.endText
-                onSwitched: (on) => editor.hasEnd = on
-                onEdited: (text) => editor.endText = text
+                on: Editor.hasEnd
+                value: Editor.endText
+                onSwitched: (on) => Editor.hasEnd = on
+                onEdited: (text) => Editor.endText = text
             }
             SwitchRow {
                 label: "Reminder"
-                on: editor.hasReminder
-                value: editor.reminderText
-                onSwitched: (on) => editor.hasReminder = on
-                onEdited: (text) => editor.reminderText = text
+                on: Editor.hasReminder
+                value: Editor.reminderText
+                onSwitched: (on) => Editor.hasReminder = on
+                onEdited: (text) => Editor.reminderText = text
             }
             RowLayout {
                 Text {
                     Layout.preferredWidth: 150
                     text: "Repeat"
                     font.pixelSize: 13
-                    color: theme.text
+                    color: Theme.text
                 }
                 ComboBox {
                     Layout.fillWidth: true
-                    model: editor.recurrenceNames
-                    currentIndex: editor.recurrence
-                    onActivated: (index) => editor.recurrence = index
+                    model: Editor.recurrenceNames
+                    currentIndex: Editor.recurrence
+                    onActivated: (index) => Editor.recurrence = index
                     Accessible.name: "Repeat"
                 }
             }
@@ -138,29 +139,29 @@ Sheet {
                 text: "Checklist"
                 font.pixelSize: 13
                 font.weight: Font.DemiBold
-                color: theme.text
+                color: Theme.text
             }
             Repeater {
-                model: editor.checklist
+                model: Editor.checklist
                 RowLayout {
                     Layout.fillWidth: true
                     required property int index
                     required property var modelData
                     CheckBox {
                         checked: modelData.isComplete
-                        onToggled: editor.setChecklistDone(index, checked)
+                        onToggled: Editor.setChecklistDone(index, checked)
                         Accessible.name: "Done: " + modelData.title
                     }
                     Field {
                         Layout.fillWidth: true
                         text: modelData.title
-                        onEditingFinished: if (text !== modelData.title) editor.setChecklistTitle(index, text)
+                        onEditingFinished: if (text !== modelData.title) Editor.setChecklistTitle(index, text)
                         Accessible.name: "Checklist item"
                     }
                     FlatButton {
                         text: "✕"
                         Accessible.name: "Remove " + modelData.title
-                        onClicked: editor.removeChecklistItem(index)
+                        onClicked: Editor.removeChecklistItem(index)
                     }
                 }
             }
@@ -168,22 +169,22 @@ Sheet {
                 Layout.fillWidth: true
                 placeholderText: "Add a checklist item"
                 Accessible.name: "Add a checklist item"
-                onAccepted: if (text.trim() !== "") { editor.addChecklistItem(text); text = "" }
+                onAccepted: if (text.trim() !== "") { Editor.addChecklistItem(text); text = "" }
             }
         }
     }
 
-    Banner { Layout.fillWidth: true; text: editor.validationMessage !== "" ? editor.validationMessage : editor.saveError }
+    Banner { Layout.fillWidth: true; text: Editor.validationMessage !== "" ? Editor.validationMessage : Editor.saveError }
 
     RowLayout {
         Layout.fillWidth: true
         Item { Layout.fillWidth: true }
-        FlatButton { text: "Cancel"; onClicked: editor.close() }
+        FlatButton { text: "Cancel"; onClicked: Editor.close() }
         FlatButton {
             text: "Save"
             primary: true
-            enabled: editor.validationMessage === ""
-            onClicked: editor.save()
+            enabled: Editor.validationMessage === ""
+            onClicked: Editor.save()
         }
     }
 }

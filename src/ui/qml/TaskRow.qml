@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -17,13 +18,13 @@ Rectangle {
     readonly property bool revealed: hover.hovered || (current && listFocused)
     implicitHeight: Math.max(48, body.implicitHeight + 16)
     radius: 8
-    color: current && listFocused ? theme.selection
-           : hover.hovered ? theme.raised
-           : section === "completed" ? Qt.rgba(theme.mint.r, theme.mint.g, theme.mint.b,
-                                               theme.dark ? 0.08 : 0.25)
+    color: current && listFocused ? Theme.selection
+           : hover.hovered ? Theme.raised
+           : section === "completed" ? Qt.rgba(Theme.mint.r, Theme.mint.g, Theme.mint.b,
+                                               Theme.dark ? 0.08 : 0.25)
            : "transparent"
     border.width: current && listFocused ? 2 : 0
-    border.color: theme.focusRing
+    border.color: Theme.focusRing
     Accessible.role: Accessible.ListItem
     Accessible.name: title + (isComplete ? ", completed" : "") + (isRunning ? ", timer running" : "")
 
@@ -51,21 +52,21 @@ Rectangle {
             implicitHeight: 28
             focusPolicy: Qt.NoFocus
             Accessible.name: isComplete ? "Reopen " + title : "Complete " + title
-            onClicked: today.toggleComplete(taskId)
+            onClicked: Today.toggleComplete(taskId)
             contentItem: Item {
                 Rectangle {
                     anchors.centerIn: parent
                     width: 18
                     height: 18
                     radius: 5
-                    color: isComplete ? theme.mint : "transparent"
+                    color: isComplete ? Theme.mint : "transparent"
                     border.width: 2
-                    border.color: isComplete ? theme.mint : theme.secondaryText
+                    border.color: isComplete ? Theme.mint : Theme.secondaryText
                     Text {
                         anchors.centerIn: parent
                         text: "✓"
                         visible: isComplete
-                        color: theme.ink
+                        color: Theme.ink
                         font.pixelSize: 13
                         font.bold: true
                     }
@@ -92,7 +93,7 @@ Rectangle {
                 elide: Text.ElideRight
                 font.pixelSize: 13
                 font.strikeout: isComplete
-                color: isComplete ? theme.secondaryText : theme.text
+                color: isComplete ? Theme.secondaryText : Theme.text
             }
             RowLayout {
                 Layout.fillWidth: true
@@ -108,14 +109,14 @@ Rectangle {
                     text: detail
                     visible: text !== ""
                     font.pixelSize: 12
-                    color: theme.secondaryText
+                    color: Theme.secondaryText
                 }
                 Text {
                     id: timeLabel
                     text: timeText
                     visible: text !== ""
                     font.pixelSize: 12
-                    color: isOverrun ? theme.coral : theme.secondaryText
+                    color: isOverrun ? Theme.coral : Theme.secondaryText
                 }
             }
         }
@@ -126,7 +127,7 @@ Rectangle {
             text: rank
             font.pixelSize: 12
             font.bold: true
-            color: theme.ink
+            color: Theme.ink
             horizontalAlignment: Text.AlignHCenter
             verticalAlignment: Text.AlignVCenter
             Layout.preferredWidth: 20
@@ -137,9 +138,9 @@ Rectangle {
                 z: -1
                 radius: 10
                 // On the selected row (itself mint) the badge keeps an outline.
-                color: theme.mint
+                color: Theme.mint
                 border.width: row.current && row.listFocused ? 1 : 0
-                border.color: theme.ink
+                border.color: Theme.ink
             }
         }
 
@@ -151,7 +152,7 @@ Rectangle {
             implicitWidth: Math.ceil(pinWidth.advanceWidth) + 16
             text: rank > 0 ? "Unpin" : "Pin"
             focusPolicy: Qt.NoFocus
-            onClicked: today.togglePin(taskId)
+            onClicked: Today.togglePin(taskId)
             TextMetrics { id: pinWidth; text: "Unpin"; font.pixelSize: 13 }
         }
         FlatButton {
@@ -172,12 +173,12 @@ Rectangle {
             implicitWidth: isRunning ? Math.max(64, clockLabel.implicitWidth + 34) : 28
             focusPolicy: Qt.NoFocus
             Accessible.name: isRunning ? "Stop timer for " + title : "Start timer for " + title
-            onClicked: today.toggleTimer(taskId)
+            onClicked: Today.toggleTimer(taskId)
             background: Rectangle {
                 radius: 8
-                color: isRunning ? theme.coral : (timerButton.hovered ? theme.raised : "transparent")
+                color: isRunning ? Theme.coral : (timerButton.hovered ? Theme.raised : "transparent")
                 border.width: isRunning ? 0 : 1
-                border.color: theme.separator
+                border.color: Theme.separator
             }
             contentItem: Item {
                 Row {
@@ -188,8 +189,8 @@ Rectangle {
                         visible: isRunning
                         spacing: 3
                         anchors.verticalCenter: parent.verticalCenter
-                        Rectangle { width: 3; height: 11; color: theme.ink }
-                        Rectangle { width: 3; height: 11; color: theme.ink }
+                        Rectangle { width: 3; height: 11; color: Theme.ink }
+                        Rectangle { width: 3; height: 11; color: Theme.ink }
                     }
                     Text {
                         id: clockLabel
@@ -197,13 +198,13 @@ Rectangle {
                         text: clock
                         font.pixelSize: 12
                         font.weight: Font.DemiBold
-                        color: theme.ink
+                        color: Theme.ink
                     }
                     Text {
                         visible: !isRunning
                         text: "▶"
                         font.pixelSize: 11
-                        color: theme.text
+                        color: Theme.text
                     }
                 }
             }
@@ -217,22 +218,22 @@ Rectangle {
         MenuItem {
             text: "Do today"
             enabled: canDoToday
-            onTriggered: today.doToday(taskId)
+            onTriggered: Today.doToday(taskId)
         }
         MenuItem {
             text: "Move to tomorrow"
             enabled: !isComplete
-            onTriggered: today.moveToTomorrow(taskId)
+            onTriggered: Today.moveToTomorrow(taskId)
         }
         MenuItem { text: "History"; onTriggered: row.showHistory() }
         MenuItem {
             text: rank > 0 ? "Unpin" : "Pin as priority"
             enabled: !isComplete
-            onTriggered: today.togglePin(taskId)
+            onTriggered: Today.togglePin(taskId)
         }
-        MenuItem { text: isRunning ? "Stop timer" : "Start timer"; enabled: !isComplete; onTriggered: today.toggleTimer(taskId) }
+        MenuItem { text: isRunning ? "Stop timer" : "Start timer"; enabled: !isComplete; onTriggered: Today.toggleTimer(taskId) }
         MenuSeparator {}
-        MenuItem { text: "Delete"; onTriggered: today.deleteTask(taskId) }
+        MenuItem { text: "Delete"; onTriggered: Today.deleteTask(taskId) }
     }
 
     function openMenu() { menu.popup(row, row.width - 200, row.height) }

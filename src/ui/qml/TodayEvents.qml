@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Layouts
 
 // Today's events from the desktop's calendars, above the tasks. Shown while calendar
@@ -17,9 +18,9 @@ ColumnLayout {
         rows.itemAt(fromBelow ? rows.count - 1 : 0).forceActiveFocus()
         return true
     }
-    readonly property var events: calendarManager.todayEvents
-    readonly property var reasons: calendarManager.explanations
-    visible: (calendarManager.integrationEnabled || events.length > 0) && (events.length > 0 || reasons.length > 0 || calendarManager.errorMessage !== "")
+    readonly property var events: Calendars.todayEvents
+    readonly property var reasons: Calendars.explanations
+    visible: (Calendars.integrationEnabled || events.length > 0) && (events.length > 0 || reasons.length > 0 || Calendars.errorMessage !== "")
 
     RowLayout {
         Layout.fillWidth: true
@@ -27,14 +28,14 @@ ColumnLayout {
             text: "Events"
             font.pixelSize: 15
             font.weight: Font.DemiBold
-            color: theme.text
+            color: Theme.text
             Accessible.role: Accessible.Heading
         }
         Text {
             text: section.events.length
             visible: section.events.length > 0
             font.pixelSize: 12
-            color: theme.secondaryText
+            color: Theme.secondaryText
         }
         Item { Layout.fillWidth: true }
     }
@@ -56,9 +57,9 @@ ColumnLayout {
     Text {
         Layout.fillWidth: true
         visible: section.events.length === 0
-        text: calendarManager.errorMessage !== "" ? calendarManager.errorMessage : section.reasons.join(" ")
+        text: Calendars.errorMessage !== "" ? Calendars.errorMessage : section.reasons.join(" ")
         wrapMode: Text.Wrap
         font.pixelSize: 12
-        color: theme.secondaryText
+        color: Theme.secondaryText
     }
 }

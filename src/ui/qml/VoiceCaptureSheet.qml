@@ -1,4 +1,5 @@
 import QtQuick
+import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
@@ -7,13 +8,13 @@ import QtQuick.Layouts
 // listening session).
 Rectangle {
     id: root
-    color: theme.surface
+    color: Theme.surface
     implicitWidth: 460
     implicitHeight: 560
-    readonly property string phase: voiceReview.phase
+    readonly property string phase: VoiceReview.phase
     readonly property bool listening: phase === "listening"
 
-    Keys.onEscapePressed: voiceReview.close()
+    Keys.onEscapePressed: VoiceReview.close()
 
     ColumnLayout {
         anchors.fill: parent
@@ -27,13 +28,13 @@ Rectangle {
                 text: "Voice Capture"
                 font.pixelSize: 20
                 font.weight: Font.DemiBold
-                color: theme.text
+                color: Theme.text
                 Accessible.role: Accessible.Heading
             }
             FlatButton {
                 objectName: "voiceClose"
                 text: "Close"
-                onClicked: voiceReview.close()
+                onClicked: VoiceReview.close()
             }
         }
         Text {
@@ -41,7 +42,7 @@ Rectangle {
             wrapMode: Text.WordWrap
             text: "Speak one or more tasks. Pause or say “next task” between items, then review the list before saving. Nothing is saved until you approve it."
             font.pixelSize: 12
-            color: theme.secondaryText
+            color: Theme.secondaryText
         }
 
         // Capture: the microphone button, the state and the live words.
@@ -56,7 +57,7 @@ Rectangle {
                 implicitWidth: 56
                 implicitHeight: 56
                 primary: root.listening
-                fill: theme.raised
+                fill: Theme.raised
                 enabled: root.phase !== "finalizing"
                 text: root.listening ? "■" : "🎤"
                 Accessible.name: root.listening ? "Stop voice capture" : "Start voice capture"
@@ -65,7 +66,7 @@ Rectangle {
                     : "Requests access if needed, then listens for task titles."
                 ToolTip.visible: hovered
                 ToolTip.text: Accessible.name
-                onClicked: voiceReview.toggleCapture()
+                onClicked: VoiceReview.toggleCapture()
             }
             ColumnLayout {
                 Layout.fillWidth: true
@@ -73,31 +74,31 @@ Rectangle {
                 Text {
                     objectName: "voiceStatus"
                     Layout.fillWidth: true
-                    text: voiceReview.statusText
+                    text: VoiceReview.statusText
                     font.pixelSize: 15
                     font.weight: Font.DemiBold
-                    color: theme.text
+                    color: Theme.text
                 }
                 RowLayout {
                     visible: root.listening
                     spacing: 6
                     Rectangle {
                         width: 10; height: 10; radius: 5
-                        color: voice.hasDetectedAudio ? theme.mint : theme.separator
-                        border.color: theme.separator
+                        color: Voice.hasDetectedAudio ? Theme.mint : Theme.separator
+                        border.color: Theme.separator
                     }
                     Text {
                         objectName: "voiceAudio"
-                        text: voiceReview.audioText
+                        text: VoiceReview.audioText
                         font.pixelSize: 12
-                        color: theme.secondaryText
+                        color: Theme.secondaryText
                     }
                 }
                 Text {
                     visible: root.listening
                     text: "Pause or say “next task” between items."
                     font.pixelSize: 12
-                    color: theme.secondaryText
+                    color: Theme.secondaryText
                 }
             }
         }
@@ -107,15 +108,15 @@ Rectangle {
             Layout.preferredHeight: 120
             visible: root.phase !== "reviewing"
             radius: 8
-            color: theme.raised
-            border.color: theme.separator
+            color: Theme.raised
+            border.color: Theme.separator
             Text {
                 objectName: "voiceTranscript"
                 anchors.fill: parent
                 anchors.margins: 8
                 wrapMode: Text.WordWrap
-                text: voice.transcript !== "" ? voice.transcript : "Your words will appear here."
-                color: voice.transcript !== "" ? theme.text : theme.secondaryText
+                text: Voice.transcript !== "" ? Voice.transcript : "Your words will appear here."
+                color: Voice.transcript !== "" ? Theme.text : Theme.secondaryText
                 font.pixelSize: 13
             }
         }
@@ -123,28 +124,28 @@ Rectangle {
         // Permission and recognition problems, with the way to fix them.
         ColumnLayout {
             Layout.fillWidth: true
-            visible: voice.errorMessage !== "" && root.phase !== "reviewing"
+            visible: Voice.errorMessage !== "" && root.phase !== "reviewing"
             spacing: 6
             Text {
                 objectName: "voiceError"
                 Layout.fillWidth: true
                 wrapMode: Text.WordWrap
-                text: "⚠ " + voice.errorMessage
-                color: theme.text
+                text: "⚠ " + Voice.errorMessage
+                color: Theme.text
                 font.pixelSize: 12
             }
             RowLayout {
                 spacing: 8
                 FlatButton {
-                    visible: voice.shouldOfferMicrophoneSettings
+                    visible: Voice.shouldOfferMicrophoneSettings
                     text: "Open Microphone settings"
-                    fill: theme.raised
-                    onClicked: systemSettings.open("microphone")
+                    fill: Theme.raised
+                    onClicked: SystemSettings.open("microphone")
                 }
                 FlatButton {
-                    visible: voice.shouldOfferSpeechSettings
+                    visible: Voice.shouldOfferSpeechSettings
                     text: "Install the speech model"
-                    fill: theme.raised
+                    fill: Theme.raised
                     onClicked: {
                         installHint.text = "Install it with “sudo apt install pocketsphinx-en-us”, then press the microphone again."
                         Qt.openUrlExternally("appstream://pocketsphinx-en-us")
@@ -158,7 +159,7 @@ Rectangle {
                 visible: text !== ""
                 wrapMode: Text.WordWrap
                 font.pixelSize: 12
-                color: theme.text
+                color: Theme.text
             }
         }
 
@@ -173,25 +174,25 @@ Rectangle {
                 text: "Review your list"
                 font.pixelSize: 15
                 font.weight: Font.DemiBold
-                color: theme.text
+                color: Theme.text
                 Accessible.role: Accessible.Heading
             }
             Text {
                 objectName: "voiceReviewNotice"
                 Layout.fillWidth: true
-                visible: voiceReview.reviewNotice !== ""
+                visible: VoiceReview.reviewNotice !== ""
                 wrapMode: Text.WordWrap
-                text: "⚠ " + voiceReview.reviewNotice
-                color: theme.text
+                text: "⚠ " + VoiceReview.reviewNotice
+                color: Theme.text
                 font.pixelSize: 12
             }
             Text {
                 objectName: "voiceEmptyReview"
                 Layout.fillWidth: true
-                visible: voiceReview.emptyReviewText !== ""
+                visible: VoiceReview.emptyReviewText !== ""
                 wrapMode: Text.WordWrap
-                text: voiceReview.emptyReviewText
-                color: theme.secondaryText
+                text: VoiceReview.emptyReviewText
+                color: Theme.secondaryText
                 font.pixelSize: 13
             }
             ListView {
@@ -201,7 +202,7 @@ Rectangle {
                 Layout.fillHeight: true
                 clip: true
                 spacing: 8
-                model: voiceReview.candidates
+                model: VoiceReview.candidates
                 delegate: RowLayout {
                     required property var modelData
                     required property int index
@@ -212,7 +213,7 @@ Rectangle {
                         implicitHeight: 32
                         text: modelData.title
                         Accessible.name: "Task " + (index + 1) + " title"
-                        onTextEdited: voiceReview.setCandidateTitle(index, text)
+                        onTextEdited: VoiceReview.setCandidateTitle(index, text)
                     }
                     Chip {
                         visible: modelData.when !== ""
@@ -221,27 +222,27 @@ Rectangle {
                     FlatButton {
                         text: "Remove"
                         Accessible.name: "Remove task " + (index + 1)
-                        onClicked: voiceReview.removeCandidate(index)
+                        onClicked: VoiceReview.removeCandidate(index)
                     }
                 }
             }
             ColumnLayout {
                 Layout.fillWidth: true
-                visible: voiceReview.saveError !== ""
+                visible: VoiceReview.saveError !== ""
                 spacing: 2
                 Text {
                     text: "Tasks could not be saved"
                     font.pixelSize: 13
                     font.weight: Font.DemiBold
-                    color: theme.text
+                    color: Theme.text
                 }
                 Text {
                     objectName: "voiceSaveError"
                     Layout.fillWidth: true
                     wrapMode: Text.WordWrap
-                    text: voiceReview.saveError
+                    text: VoiceReview.saveError
                     font.pixelSize: 12
-                    color: theme.text
+                    color: Theme.text
                 }
             }
             RowLayout {
@@ -251,15 +252,15 @@ Rectangle {
                 FlatButton {
                     objectName: "voiceStartOver"
                     text: "Speak again"
-                    fill: theme.raised
-                    onClicked: voiceReview.startOver()
+                    fill: Theme.raised
+                    onClicked: VoiceReview.startOver()
                 }
                 FlatButton {
                     objectName: "voiceSave"
                     text: list.count === 1 ? "Add 1 task" : "Add " + list.count + " tasks"
                     primary: true
                     enabled: list.count > 0
-                    onClicked: voiceReview.save()
+                    onClicked: VoiceReview.save()
                 }
             }
         }

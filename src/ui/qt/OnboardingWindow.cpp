@@ -4,7 +4,7 @@
 #include <QQuickView>
 #include <QScreen>
 
-#include "shell/qt/UserSettings.h"
+#include "persistence/qt/UserSettings.h"
 
 namespace daywyn {
 
@@ -30,7 +30,7 @@ bool OnboardingWindow::showIfNeeded() {
         view->setTitle(QStringLiteral("Welcome to Daywyn"));
         view->setResizeMode(QQuickView::SizeRootObjectToView);
         view->setInitialProperties({{QStringLiteral("onboarding"), QVariant::fromValue(this)}});
-        view->setSource(QUrl(QStringLiteral("qrc:/daywyn/Onboarding.qml")));
+        view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Daywyn/Onboarding.qml")));
         view->resize(620, 580);
         if (QScreen* screen = QGuiApplication::primaryScreen()) {
             const QRect area = screen->availableGeometry();

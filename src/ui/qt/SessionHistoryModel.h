@@ -7,6 +7,7 @@
 #include <QAbstractListModel>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "store/TodayTaskStore.h"
 
@@ -25,7 +26,6 @@ class SessionHistoryModel : public QAbstractListModel {
 
 public:
     enum Role { SessionIdRole = Qt::UserRole + 1, StartRole, EndRole, SpanRole, DurationRole };
-    using Clock = std::function<Instant()>;
 
     SessionHistoryModel(TodayTaskStore& store, Calendar calendar, Clock clock,
                         QObject* parent = nullptr);

@@ -9,7 +9,7 @@
 #include "persistence/AtomicFile.h"
 #include "persistence/PosixFileSystem.h"
 #include "persistence/TaskDataExport.h"
-#include "shell/qt/UserSettings.h"
+#include "persistence/qt/UserSettings.h"
 #include "ui/qt/DisplayFormat.h"
 
 namespace daywyn {

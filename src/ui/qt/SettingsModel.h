@@ -8,6 +8,7 @@
 #include <QVariantMap>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "store/TodayTaskStore.h"
 
@@ -32,8 +33,6 @@ class SettingsModel : public QObject {
     Q_PROPERTY(QString settingsFilePath READ settingsFilePath CONSTANT)
 
 public:
-    using Clock = std::function<Instant()>;
-
     SettingsModel(TodayTaskStore& store, const Calendar& calendar, Clock clock,
                   UserSettings& settings, QString dataFilePath, QObject* parent = nullptr);
     ~SettingsModel() override;

@@ -24,7 +24,7 @@ void SettingsWindow::show(const QString& page) {
         view->setResizeMode(QQuickView::SizeRootObjectToView);
         view->setMinimumSize(QSize(680, 520));
         view->resize(780, 600);
-        view->setSource(QUrl(QStringLiteral("qrc:/daywyn/Settings.qml")));
+        view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Daywyn/Settings.qml")));
         window_ = view;
     }
     if (QQuickItem* root = window_->rootObject()) {

@@ -8,6 +8,7 @@
 #include <QVariantList>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "model/TaskDraft.h"
 #include "store/TodayTaskStore.h"
@@ -39,7 +40,6 @@ class TaskEditor : public QObject {
     Q_PROPERTY(QString saveError READ saveError NOTIFY changed)
 
 public:
-    using Clock = std::function<Instant()>;
     TaskEditor(TodayTaskStore& store, Calendar calendar, Clock clock, QObject* parent = nullptr);
 
     // Opens the sheet on a copy of the task (false when it no longer exists), or empty.

@@ -10,6 +10,7 @@
 #include <QVariantList>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "store/TaskDaySections.h"
 #include "store/TodayTaskStore.h"
@@ -48,7 +49,6 @@ public:
         RankRole,
         CanDoTodayRole,
     };
-    using Clock = std::function<Instant()>;
 
     TodayModel(TodayTaskStore& store, Calendar calendar, Clock clock, QObject* parent = nullptr);
     ~TodayModel() override;

@@ -15,7 +15,7 @@
 #include <QVariantMap>
 
 #include "base/Version.h"
-#include "shell/qt/UserSettings.h"
+#include "persistence/qt/UserSettings.h"
 #include "updates/UpdateRules.h"
 #include "updates/UpdateStatusText.h"
 

@@ -31,7 +31,7 @@ void VoiceCaptureWindow::show() {
         view->setResizeMode(QQuickView::SizeRootObjectToView);
         view->setMinimumSize(QSize(420, 460));
         view->resize(460, 560);
-        view->setSource(QUrl(QStringLiteral("qrc:/daywyn/VoiceCaptureSheet.qml")));
+        view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Daywyn/VoiceCaptureSheet.qml")));
         // Closing the window is leaving the screen: a running capture stops.
         connect(view, &QWindow::visibleChanged, this, [this](bool visible) {
             if (!visible && (controller_.isReviewing() || controller_.phase() != "idle")) {

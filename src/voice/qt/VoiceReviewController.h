@@ -11,6 +11,7 @@
 #include <QVariantList>
 
 #include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/Instant.h"
 #include "model/VoiceTaskCandidate.h"
 #include "voice/FinalizationWait.h"
@@ -38,7 +39,6 @@ class VoiceReviewController : public QObject {
 public:
     using AddAction =
         std::function<std::optional<std::string>(const std::vector<VoiceTaskCandidate>&)>;
-    using Clock = std::function<Instant()>;
 
     VoiceReviewController(VoiceCaptureManager& voice, AddAction onAdd, Calendar calendar,
                           Clock clock, QObject* parent = nullptr);

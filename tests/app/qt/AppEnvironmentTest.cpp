@@ -28,7 +28,7 @@ Launch launch(std::vector<TaskItem> tasks, Instant now) {
     auto repository = FakeRepository::holding(state);
     Launch result{test::ManualClock(now), repository.get(), nullptr};
     result.environment = std::make_unique<AppEnvironment>(std::move(repository), test::berlin(),
-                                                          result.clock.function(), false);
+                                                          result.clock.function());
     return result;
 }
 

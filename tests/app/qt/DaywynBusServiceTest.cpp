@@ -25,7 +25,7 @@ class DaywynBusServiceTest : public ::testing::Test {
 protected:
     DaywynBusServiceTest()
         : clock(Instant{1779440400.0})
-        , environment(nullptr, test::berlin(), clock.function(), false)
+        , environment(nullptr, test::berlin(), clock.function())
         , service(environment) {
         environment.start();
         environment.drawerController().setReducedMotion(true);

@@ -9,6 +9,7 @@
 #include "app/qt/AppEnvironment.h"
 #include "calendar/qt/CalendarManager.h"
 #include "calendar/qt/IcsFolderCalendarSource.h"
+#include "persistence/qt/UserSettings.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
 #include "support/FakeRepository.h"
 #include "support/qt/QtTestSupport.h"
@@ -38,14 +39,14 @@ TEST(CalendarWiring, FolderEventsReachTheDrawerAndItsReminders) {
     writeCalendarStartingSoon();
     {
         // Pop-outs allowed at every hour, whenever the test runs.
-        QSettings settings(DrawerReminderCoordinator::defaultSettingsPath(), QSettings::IniFormat);
+        QSettings settings(UserSettings::defaultFilePath(), QSettings::IniFormat);
         settings.setValue("inAppActiveStart", 0);
         settings.setValue("inAppActiveEnd", 0);
     }
     PersistedState state;
     state.preferences.calendarIntegrationEnabled = true;
     state.preferences.selectedCalendarIdentifiers = {"ics:team.ics"};
-    AppEnvironment app(test::FakeRepository::holding(state), Calendar(), wallClock, false);
+    AppEnvironment app(test::FakeRepository::holding(state), Calendar(), wallClock);
     app.start();
     ASSERT_TRUE(test::waitUntil([&] { return !app.calendarManager().todayEvents().empty(); }));
     EXPECT_EQ(app.calendarManager().todayEvents()[0].title, "Design review");

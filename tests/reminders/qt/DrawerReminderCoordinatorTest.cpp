@@ -4,10 +4,10 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusVirtualObject>
-#include <QSettings>
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 
+#include "persistence/qt/UserSettings.h"
 #include "reminders/qt/ReminderPresenter.h"
 #include "reminders/qt/ScreenLockWatcher.h"
 #include "support/TaskBuilder.h"
@@ -46,22 +46,26 @@ protected:
         , clock(test::at(calendar, 2026, 11, 21, 10, 0)) {
         build();
     }
+    // As at a start of the app: the settings file read afresh.
     void build() {
-        coordinator = std::make_unique<DrawerReminderCoordinator>(
-            DrawerReminderCoordinator::defaultSettingsPath(), calendar, clock.function());
+        coordinator.reset();
+        settings = std::make_unique<UserSettings>(UserSettings::defaultFilePath());
+        coordinator =
+            std::make_unique<DrawerReminderCoordinator>(*settings, calendar, clock.function());
         coordinator->setPresenter(&presenter);
     }
     DrawerReminderDecision check(const std::vector<TaskItem>& tasks) {
         return coordinator->check(tasks, {}, clock.now());
     }
-    static void write(const char* key, const QVariant& value) {
-        QSettings file(DrawerReminderCoordinator::defaultSettingsPath(), QSettings::IniFormat);
-        file.setValue(QString::fromLatin1(key), value);
+    // As the settings window writes: through the same store.
+    void write(const char* key, const QVariant& value) {
+        settings->setValue(QString::fromLatin1(key), value);
     }
 
     Calendar calendar;
     test::ManualClock clock;
     FakePresenter presenter;
+    std::unique_ptr<UserSettings> settings;
     std::unique_ptr<DrawerReminderCoordinator> coordinator;
 };
 

@@ -46,7 +46,7 @@ protected:
         manager = std::make_unique<NotificationManager>(*store, calendar, clock.function(),
                                                         NotificationManager::defaultStatePath(),
                                                         QDBusConnection::sessionBus());
-        manager->configure(nullptr);
+        manager->configure({});
     }
     // Moves the clock and lets the manager deliver what fell due.
     void advance(double seconds) {

@@ -22,7 +22,7 @@ class EdgePanelControllerTest : public ::testing::Test {
 protected:
     EdgePanelControllerTest()
         : clock(Instant{1779440400.0})
-        , environment(nullptr, test::berlin(), clock.function(), false) {
+        , environment(nullptr, test::berlin(), clock.function()) {
         environment.start();
     }
     EdgePanelController& drawer() { return environment.drawerController(); }

@@ -9,9 +9,9 @@
 #include <gtest/gtest.h>
 
 #include "app/qt/AppEnvironment.h"
+#include "persistence/qt/UserSettings.h"
 #include "shell/qt/GlobalShortcut.h"
 #include "shell/qt/QuickCaptureFocus.h"
-#include "shell/qt/UserSettings.h"
 #include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
@@ -52,8 +52,8 @@ protected:
         , settings(directory.filePath(QStringLiteral("Daywyn.conf"))) {
         auto made = test::FakeRepository::make();
         repository = made.get();
-        environment = std::make_unique<AppEnvironment>(std::move(made), test::berlin(),
-                                                       clock.function(), false);
+        environment =
+            std::make_unique<AppEnvironment>(std::move(made), test::berlin(), clock.function());
     }
 
     // The controller under test, over the environment's store and QML engine.

@@ -21,7 +21,7 @@ class DrawerKeyboardTest : public ::testing::Test {
 protected:
     DrawerKeyboardTest()
         : clock(test::at(test::berlin(), 2026, 11, 21, 9))
-        , app(nullptr, test::berlin(), clock.function(), false) {
+        , app(nullptr, test::berlin(), clock.function()) {
         for (const char* title : {"First", "Second"}) {
             TaskDraft draft;
             draft.title = title;
@@ -105,8 +105,7 @@ TEST(DrawerEventKeyboard, ArrowsWalkFromTheAddFieldThroughTheEventsToTheTasksAnd
     state.preferences.calendarIntegrationEnabled = true;
     state.preferences.selectedCalendarIdentifiers = {"ics:team.ics"};
     test::ManualClock clock(test::at(test::berlin(), 2026, 11, 21, 9));
-    AppEnvironment app(test::FakeRepository::holding(state), test::berlin(), clock.function(),
-                       false);
+    AppEnvironment app(test::FakeRepository::holding(state), test::berlin(), clock.function());
     TaskDraft draft;
     draft.title = "First";
     ASSERT_EQ(app.store().addTaskReliably(draft, clock.now(), app.calendar()), std::nullopt);

@@ -62,8 +62,7 @@ TEST(QmlImports, EveryModuleTheScreensImportIsInstalled) {
 
 TEST(QmlImports, TheExportButtonsOpenTheSaveDialogOrSayWhyNot) {
     AppEnvironment app(nullptr, test::berlin(),
-                       test::ManualClock(test::at(test::berlin(), 2026, 11, 21, 9)).function(),
-                       false);
+                       test::ManualClock(test::at(test::berlin(), 2026, 11, 21, 9)).function());
     SettingsWindow& settings = app.settingsWindow();
     settings.show(QStringLiteral("reports"));
     QQuickView& window = *settings.window();

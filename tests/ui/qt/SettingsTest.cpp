@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "app/qt/AppEnvironment.h"
+#include "persistence/qt/UserSettings.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
-#include "shell/qt/UserSettings.h"
 #include "support/FakeRepository.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
@@ -143,7 +143,7 @@ TEST_F(SettingsModelTest, GeneratingADueReviewListsItOnceAndThenSaysNoneIsDue) {
 // Every page of the real window loads its QML without a warning.
 TEST(SettingsWindow, EveryPageLoads) {
     AppEnvironment environment(nullptr, test::berlin(),
-                               test::ManualClock(Instant{1779440400.0}).function(), false);
+                               test::ManualClock(Instant{1779440400.0}).function());
     static QStringList warnings;
     warnings.clear();
     const QtMessageHandler previous =
@@ -168,7 +168,7 @@ TEST(SettingsWindow, EveryPageLoads) {
 
 TEST(OnboardingWindow, OpensAtLaunchUntilFinished) {
     AppEnvironment environment(nullptr, test::berlin(),
-                               test::ManualClock(Instant{1779440400.0}).function(), false);
+                               test::ManualClock(Instant{1779440400.0}).function());
     QTemporaryDir directory;
     UserSettings settings(directory.filePath(QStringLiteral("Daywyn.conf")));
     OnboardingWindow onboarding(environment.engine(), settings);
@@ -208,8 +208,7 @@ QQuickItem* spinBoxIn(QQuickItem& row) {
 // notifications' in the state file.
 TEST(SettingsWindow, PopOutAndNotificationActiveHoursAreSetSeparately) {
     AppEnvironment app(nullptr, test::berlin(),
-                       test::ManualClock(test::at(test::berlin(), 2026, 11, 21, 9)).function(),
-                       false);
+                       test::ManualClock(test::at(test::berlin(), 2026, 11, 21, 9)).function());
     app.settingsWindow().show(QStringLiteral("notifications"));
     QQuickView& window = *app.settingsWindow().window();
     ASSERT_TRUE(test::waitUntil([&] { return window.activeFocusItem() != nullptr; }));

@@ -1,5 +1,4 @@
 #include <QDir>
-#include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
@@ -8,6 +7,7 @@
 
 #include "LocalHttpsServer.h"
 #include "app/qt/AppEnvironment.h"
+#include "app/qt/ScreenEngine.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
 #include "ui/qt/SettingsWindow.h"
@@ -64,9 +64,12 @@ TEST(AboutPage, ChecksDownloadsAndOffersTheVerifiedPackage) {
     // Outlives the environment, whose window binds to it.
     AppUpdateManager updates(options);
     AppEnvironment environment(nullptr, test::berlin(),
-                               test::ManualClock(Instant{1779440400.0}).function(), false);
-    environment.engine().rootContext()->setContextProperty(QStringLiteral("updates"), &updates);
-    SettingsWindow& settings = environment.settingsWindow();
+                               test::ManualClock(Instant{1779440400.0}).function());
+    // The About page of an engine with this test's update manager in place of the app's.
+    ScreenServices parts = environment.screenServices();
+    parts.updates = &updates;
+    ScreenEngine engine(parts);
+    SettingsWindow settings(engine);
     settings.show(QStringLiteral("about"));
     QQuickWindow& window = *settings.window();
 

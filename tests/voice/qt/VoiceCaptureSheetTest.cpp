@@ -2,12 +2,12 @@
 #include <iterator>
 
 #include <QImage>
-#include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
 #include <gtest/gtest.h>
 
+#include "app/qt/ScreenEngine.h"
 #include "base/Calendar.h"
 #include "shell/qt/SystemSettingsNavigator.h"
 #include "store/TodayTaskStore.h"
@@ -52,15 +52,16 @@ TEST(VoiceCaptureSheet, ShowsTheRecognisedListForReviewAndSavesIt) {
         calendar, clock.function());
     Theme theme(false);
     SystemSettingsNavigator settings;
-    QQmlEngine engine;
-    engine.rootContext()->setContextProperty(QStringLiteral("theme"), &theme);
-    engine.rootContext()->setContextProperty(QStringLiteral("voice"), &voice);
-    engine.rootContext()->setContextProperty(QStringLiteral("voiceReview"), &screen);
-    engine.rootContext()->setContextProperty(QStringLiteral("systemSettings"), &settings);
+    ScreenServices parts;
+    parts.theme = &theme;
+    parts.voice = &voice;
+    parts.voiceReview = &screen;
+    parts.systemSettings = &settings;
+    ScreenEngine engine(parts);
     QQuickView view(&engine, nullptr);
     view.setResizeMode(QQuickView::SizeRootObjectToView);
     view.resize(460, 560);
-    view.setSource(QUrl(QStringLiteral("qrc:/daywyn/VoiceCaptureSheet.qml")));
+    view.setSource(QUrl(QStringLiteral("qrc:/qt/qml/Daywyn/VoiceCaptureSheet.qml")));
     ASSERT_EQ(view.status(), QQuickView::Ready) << view.errors().value(0).toString().toStdString();
     view.show();
     EXPECT_EQ(textOf(view, "voiceStatus"), "Press the microphone to begin");

@@ -8,8 +8,9 @@
 namespace daywyn {
 
 // The settings that stay on this machine and do not travel with the tasks (quick capture
-// on or off, the appearance, whether onboarding ran): one INI file, by default
-// $XDG_CONFIG_HOME/Daywyn/Daywyn.conf. Every change is written to the file at once.
+// on or off, the appearance, whether onboarding ran, the drawer reminders' switches and
+// memory): one INI file, by default $XDG_CONFIG_HOME/Daywyn/Daywyn.conf, and the one
+// object in the app that opens it. Every change is written to the file at once.
 class UserSettings : public QObject {
     Q_OBJECT
 
@@ -24,6 +25,9 @@ public:
     // The stored value, or `fallback` when the key is absent or not a boolean.
     bool boolValue(const QString& key, bool fallback) const;
     QString stringValue(const QString& key, const QString& fallback = {}) const;
+    QVariant value(const QString& key, const QVariant& fallback = {}) const {
+        return settings_.value(key, fallback);
+    }
     void setValue(const QString& key, const QVariant& value);
 
 Q_SIGNALS:

@@ -1,6 +1,6 @@
-#include "shell/qt/UserSettings.h"
+#include "persistence/qt/UserSettings.h"
 
-#include <QStandardPaths>
+#include "persistence/XdgPaths.h"
 
 namespace daywyn {
 
@@ -9,8 +9,10 @@ UserSettings::UserSettings(const QString& filePath, QObject* parent)
     , settings_(filePath, QSettings::IniFormat) {}
 
 QString UserSettings::defaultFilePath() {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           QStringLiteral("/Daywyn/Daywyn.conf");
+    // With no home folder at all, a relative name: the settings still work for the run.
+    const auto folder = daywynFolder(XdgBase::config);
+    return folder ? QString::fromStdString(folder.value()) + QStringLiteral("/Daywyn.conf")
+                  : QStringLiteral("Daywyn.conf");
 }
 
 bool UserSettings::boolValue(const QString& key, bool fallback) const {

@@ -1,4 +1,4 @@
-#include "ui/qt/SettingsScreenshots.h"
+#include "tools/SettingsScreenshots.h"
 
 #include <cstdio>
 #include <functional>

@@ -1,0 +1,118 @@
+// daywyn-probe: the desktop app as daywyn-app starts it, plus what the screenshot and
+// start-up scripts need and the shipped program must not carry. Built with the tests
+// only. Usage:
+//   daywyn-probe --exit-when-ready         leave after the drawer's first frame and say
+//                                          how long that took
+//   daywyn-probe --screenshot PATH.png     save the drawer (and PATH-end.png, scrolled to
+//                                          its end, and PATH-screen.png) and leave
+//   daywyn-probe --settings-screenshots DIR
+//                                          save Quick Add, every settings page and the
+//                                          welcome window into DIR and leave
+#include <cstdio>
+#include <cstring>
+
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QImage>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QScreen>
+#include <QString>
+
+#include "app/qt/AppEnvironment.h"
+#include "app/qt/DesktopApp.h"
+#include "calendar/qt/CalendarManager.h"
+#include "shell/qt/EdgePanelController.h"
+#include "tools/SettingsScreenshots.h"
+
+namespace daywyn {
+namespace {
+
+// Saves the drawer as it opens to `path`, and scrolled to its end beside it
+// ("drawer.png" and "drawer-end.png"), so every section can be looked at.
+bool saveScreenshots(QQuickView& window, const QString& path) {
+    const auto beside = [&path](QLatin1String suffix) {
+        QString named = path;
+        return named.insert(path.endsWith(QLatin1String(".png")) ? path.size() - 4 : path.size(),
+                            suffix);
+    };
+    const QImage top = window.grabWindow();
+    if (auto* list = window.rootObject()->findChild<QQuickItem*>(QStringLiteral("taskList"))) {
+        QMetaObject::invokeMethod(list, "positionViewAtEnd");
+    }
+    const QImage end = window.grabWindow();
+    // The whole screen too, to see the handle and the drawer in place (xcb only).
+    if (QScreen* screen = window.screen(); screen && QGuiApplication::platformName() == "xcb") {
+        screen->grabWindow(0).save(beside(QLatin1String("-screen")));
+    }
+    if (top.isNull() || !top.save(path) || end.isNull() ||
+        !end.save(beside(QLatin1String("-end")))) {
+        std::fprintf(stderr, "Daywyn could not save the screenshot to %s.\n", qPrintable(path));
+        return false;
+    }
+    return true;
+}
+
+int usage() {
+    std::fprintf(stderr, "Usage: daywyn-probe --exit-when-ready | --screenshot PATH.png | "
+                         "--settings-screenshots FOLDER\n");
+    return 2;
+}
+
+} // namespace
+} // namespace daywyn
+
+int main(int argc, char** argv) {
+    using namespace daywyn;
+    QElapsedTimer sinceLaunch;
+    sinceLaunch.start();
+    if (argc < 2) {
+        return usage();
+    }
+    const bool exitWhenReady = std::strcmp(argv[1], "--exit-when-ready") == 0;
+    const bool drawerShot = std::strcmp(argv[1], "--screenshot") == 0 && argc == 3;
+    const bool settingsShots = std::strcmp(argv[1], "--settings-screenshots") == 0 && argc == 3;
+    if (!exitWhenReady && !drawerShot && !settingsShots) {
+        return usage();
+    }
+    const QString target = argc == 3 ? QString::fromLocal8Bit(argv[2]) : QString();
+    int qtArgc = 1;
+    DesktopApp app(qtArgc, argv);
+    if (const auto status = app.open(wallClock)) {
+        return *status;
+    }
+    AppEnvironment& environment = app.environment();
+    EdgePanelController& drawer = environment.drawerController();
+    if (exitWhenReady || drawerShot) {
+        // Shown at once, without the slide; leave after its first complete frame.
+        drawer.setReducedMotion(true);
+        QObject::connect(&drawer, &EdgePanelController::drawerShown, &drawer, [&] {
+            if (drawerShot && !saveScreenshots(*drawer.drawerWindow(), target)) {
+                QCoreApplication::exit(1);
+                return;
+            }
+            if (exitWhenReady) {
+                std::fprintf(stderr, "Drawer ready after %lld ms.\n",
+                             static_cast<long long>(sinceLaunch.elapsed()));
+            }
+            QCoreApplication::exit(0);
+        });
+    }
+    app.start(false);
+    if (settingsShots) {
+        captureSettingsScreenshots(environment.quickCapture(), environment.settingsWindow(),
+                                   environment.onboardingWindow(), target);
+    }
+    CalendarManager& calendars = environment.calendarManager();
+    if (drawerShot && calendars.isLoading()) {
+        // The picture shows today's calendar events: show it once the first read is in.
+        QObject::connect(&calendars, &CalendarManager::changed, &drawer, [&] {
+            if (!calendars.isLoading() && !drawer.isVisible()) {
+                drawer.show();
+            }
+        });
+    } else if (exitWhenReady || drawerShot) {
+        drawer.show();
+    }
+    return app.exec();
+}
