@@ -13,9 +13,11 @@
 // writeJson()/readJson() overloads found for it (scalars in base/JsonRead.h, records
 // through their own table, lists of either).
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -299,6 +301,12 @@ bool decodeFields(JsonDecoder& d, JsonValue& v, Record& record) {
     constexpr std::size_t count = kCount<Record>;
     static_assert(count <= 32, "one bit per field");
     static constexpr auto keys = keysOf<Record>();
+    // A key is compared in place by reading as many bytes as the table's key has, and
+    // one more: within the zeroed tail after a document, however short the document.
+    static_assert(std::ranges::all_of(keys, [](std::string_view key) {
+        return key.size() < simdjson::SIMDJSON_PADDING &&
+               key.find_first_of("\"\\") == std::string_view::npos;
+    }));
     static constexpr auto readers = readersOf<Record>();
     constexpr std::uint32_t required = requiredOf<Record>();
     const std::string_view noun = JsonRecord<Record>::noun;
@@ -307,27 +315,61 @@ bool decodeFields(JsonDecoder& d, JsonValue& v, Record& record) {
     std::uint32_t given = 0;
     std::size_t next = 0;
     std::size_t invalid = count;
-    const bool read = readJsonObject(d, v, [&](std::string_view key, JsonValue& value) {
-        // Written in key order, so the next field is nearly always the one after the last.
-        std::size_t index = count;
+    // The field a key names. Written in key order, so it is nearly always the next one
+    // or (after optional fields left out) one of the few after it: each is compared with
+    // the key's text where it stands. The table's keys hold no quote or backslash, so a
+    // key written with escapes matches none of them here, and is read out and looked up.
+    auto indexOf = [&](simdjson::ondemand::field& field, std::size_t& index) {
+        const char* raw = field.key().raw();
         for (std::size_t tried = 0; tried < count; ++tried) {
             const std::size_t at = next + tried < count ? next + tried : next + tried - count;
+            const std::string_view candidate = keys[at];
+            if (raw[candidate.size()] == '"' &&
+                std::memcmp(raw, candidate.data(), candidate.size()) == 0) {
+                index = at;
+                return true;
+            }
+        }
+        std::string_view key;
+        if (!readJsonKey(d, field, key)) {
+            return false;
+        }
+        index = count;
+        for (std::size_t at = 0; at < count; ++at) {
             if (keys[at] == key) {
                 index = at;
                 break;
             }
         }
-        if (index == count || (seen & (1u << index)) != 0) {
-            return skipJson(d, value);
-        }
-        seen |= 1u << index;
-        next = index + 1 == count ? 0 : index + 1;
-        if (!readers[index](d, value, record, given)) {
-            invalid = index;
-            return false;
-        }
         return true;
-    });
+    };
+    simdjson::ondemand::object object;
+    bool read = d.check(v.get_object().get(object));
+    if (read) {
+        for (auto member : object) {
+            simdjson::ondemand::field field;
+            std::size_t index = count;
+            if (!d.check(std::move(member).get(field)) || !indexOf(field, index)) {
+                read = false;
+                break;
+            }
+            JsonValue value = field.value();
+            if (index == count || (seen & (1u << index)) != 0) {
+                if (!skipJson(d, value)) {
+                    read = false;
+                    break;
+                }
+                continue;
+            }
+            seen |= 1u << index;
+            next = index + 1 == count ? 0 : index + 1;
+            if (!readers[index](d, value, record, given)) {
+                invalid = index;
+                read = false;
+                break;
+            }
+        }
+    }
     if (!read) {
         if (d.hasSyntaxError()) {
             return false;

@@ -26,20 +26,44 @@ std::string jsonSyntaxError(simdjson::error_code error) {
     return std::string("Invalid JSON: ") + simdjson::error_message(error);
 }
 
+namespace {
+
+// Steps over a string value whose text was taken where it stands.
+bool stepOverString(JsonDecoder& d, JsonValue& v) {
+    simdjson::ondemand::raw_json_string raw;
+    return d.check(v.get_raw_json_string().get(raw));
+}
+
+// The text of a string value that must be exactly `length` characters of a fixed form
+// (identifiers, dates): the characters between the quotes, checked by `parse`, which
+// refuses a backslash. A string written with escapes is read the slow way.
+template <typename Parse>
+auto readFixedText(JsonDecoder& d, JsonValue& v, std::size_t length, Parse parse)
+    -> decltype(parse(std::string_view())) {
+    const std::string_view token = v.raw_json_token();
+    if (token.size() >= length + 2 && token.front() == '"' && token[length + 1] == '"') {
+        if (auto value = parse(token.substr(1, length)); value && stepOverString(d, v)) {
+            return value;
+        }
+    }
+    std::string_view text;
+    if (!readJsonText(d, v, text)) {
+        return std::nullopt;
+    }
+    return parse(text);
+}
+
+} // namespace
+
 bool readJsonText(JsonDecoder& d, JsonValue& v, std::string_view& out) {
     // A string without escapes (identifiers, dates, nearly every title) is its own text:
-    // taken where it stands instead of being copied out. The text was checked as a
-    // whole before reading began (UTF-8, no raw control characters), and no structural
-    // character falls inside a string, so the token holds the whole string.
+    // taken where it stands instead of being copied out. No structural character falls
+    // inside a string, so the value's token starts with its opening quote.
     const std::string_view token = v.raw_json_token();
     if (!token.empty() && token.front() == '"') {
-        std::size_t end = 1;
-        while (end < token.size() && token[end] != '"' && token[end] != '\\') {
-            ++end;
-        }
+        const std::size_t end = 1 + jsonQuoteOrBackslash(token.data() + 1, token.size() - 1);
         if (end < token.size() && token[end] == '"') {
-            simdjson::ondemand::raw_json_string raw;
-            if (!d.check(v.get_raw_json_string().get(raw))) {
+            if (!stepOverString(d, v)) {
                 return false;
             }
             out = token.substr(1, end - 1);
@@ -59,11 +83,7 @@ bool readJson(JsonDecoder& d, JsonValue& v, std::string& out) {
 }
 
 bool readJson(JsonDecoder& d, JsonValue& v, Uuid& out) {
-    std::string_view text;
-    if (!readJsonText(d, v, text)) {
-        return false;
-    }
-    const auto id = Uuid::parse(text);
+    const auto id = readFixedText(d, v, kUuidTextLength, Uuid::parse);
     if (id) {
         out = *id;
     }
@@ -72,11 +92,7 @@ bool readJson(JsonDecoder& d, JsonValue& v, Uuid& out) {
 
 bool readJson(JsonDecoder& d, JsonValue& v, Instant& out) {
     if (d.dates == DateCoding::iso8601) {
-        std::string_view text;
-        if (!readJsonText(d, v, text)) {
-            return false;
-        }
-        const auto at = parseIsoText(text);
+        const auto at = readFixedText(d, v, kIsoTextLength, parseIsoText);
         if (at) {
             out = *at;
         }

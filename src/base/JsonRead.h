@@ -4,7 +4,10 @@
 // from the text as they are met, without building a tree first. Included only by the
 // .cpp files that decode documents, since simdjson.h is large.
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <simdjson.h>
 #include <string>
@@ -142,17 +145,37 @@ bool readJsonArray(JsonDecoder& d, JsonValue& v, ReadElement&& readElement) {
            readJsonElements(d, array, std::forward<ReadElement>(readElement));
 }
 
+// The offset of the first '"' or '\\' in the `size` bytes at `p` (`size` when there
+// is none), eight bytes at a time. The text of a document that was read (iterate())
+// is followed by a zeroed tail of at least SIMDJSON_PADDING bytes, and every string in
+// it is closed, so the reads of the last word past a string's end stay within it.
+inline std::size_t jsonQuoteOrBackslash(const char* p, std::size_t size) {
+    constexpr std::uint64_t ones = 0x0101010101010101u;
+    constexpr std::uint64_t highs = 0x8080808080808080u;
+    for (std::size_t at = 0; at < size; at += 8) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, p + at, sizeof word);
+        const std::uint64_t quote = word ^ (ones * '"');
+        const std::uint64_t backslash = word ^ (ones * '\\');
+        // A byte of zero in either marks a match; bytes above the first match may be
+        // marked falsely, so only the lowest mark counts.
+        const std::uint64_t found =
+            ((quote - ones) & ~quote & highs) | ((backslash - ones) & ~backslash & highs);
+        if (found != 0) {
+            return std::min(at + static_cast<std::size_t>(std::countr_zero(found)) / 8, size);
+        }
+    }
+    return size;
+}
+
 // A member's name. Names without escapes (nearly all) are taken from the text in place
 // rather than copied out.
 inline bool readJsonKey(JsonDecoder& d, simdjson::ondemand::field& field, std::string_view& key) {
-    // The text was checked as a whole before reading began, so the name ends in a quote.
+    // The name is a closed string, so its quote is found before the end of the text.
     const char* start = field.key().raw();
-    const char* end = start;
-    while (*end != '"' && *end != '\\') {
-        ++end;
-    }
-    if (*end == '"') {
-        key = std::string_view(start, static_cast<std::size_t>(end - start));
+    const std::size_t length = jsonQuoteOrBackslash(start, SIZE_MAX);
+    if (start[length] == '"') {
+        key = std::string_view(start, length);
         return true;
     }
     return d.check(field.unescaped_key().get(key));

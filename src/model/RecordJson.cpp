@@ -1,7 +1,5 @@
 #include "model/RecordJson.h"
 
-#include <algorithm>
-
 #include "base/JsonFields.h"
 #include "model/RecordFields.h"
 
@@ -271,15 +269,8 @@ bool decodeList(JsonDecoder& d, JsonValue& v, std::string_view noun, std::string
     bool inElement = false;
     simdjson::ondemand::array array;
     bool read = d.check(v.get_array().get(array));
-    // Counted first (a walk over the parser's index, nothing decoded), so that the
-    // records are built once in a list of their final size rather than moved to fresh
-    // memory each time the list grows. Capped, since a short hostile text can hold a
-    // great many empty elements that fail at the first.
-    constexpr std::size_t kMostReserved = 1 << 16;
-    std::size_t length = 0;
-    if (read && array.count_elements().get(length) == simdjson::SUCCESS) {
-        out.reserve(out.size() + std::min(length, kMostReserved));
-    }
+    // Not counted first: counting walks the parser's whole index of the list once more,
+    // which cost more than moving the records as the list grows.
     read = read && readJsonElements(d, array, [&](JsonValue& element) {
                ++count;
                inElement = true;

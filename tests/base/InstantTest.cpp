@@ -1,5 +1,8 @@
 #include "base/Instant.h"
 
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "base/DoubleText.h"
@@ -42,6 +45,58 @@ TEST(IsoText, ReadsOnlyTheExactInternetForm) {
         SCOPED_TRACE(text);
         EXPECT_FALSE(parseIsoText(text).has_value());
     }
+}
+
+TEST(IsoText, EachCharacterIsCheckedWhereverItStands) {
+    // Every byte value at every position of a valid text: refused unless it is a digit
+    // where a digit stands, or the very separator where one stands. (With only ones in
+    // the text, a 0 or 1 anywhere still makes a valid date; other digits may not.)
+    const std::string valid = "2111-11-11T11:11:11Z";
+    const std::string form = "0000-00-00T00:00:00Z";
+    for (std::size_t at = 0; at < valid.size(); ++at) {
+        for (int c = 0; c < 256; ++c) {
+            std::string text = valid;
+            text[at] = static_cast<char>(c);
+            SCOPED_TRACE(testing::Message() << text << " (byte " << c << ")");
+            if (form[at] != '0') {
+                ASSERT_EQ(parseIsoText(text).has_value(), c == form[at]);
+            } else if (c == '0' || c == '1') {
+                ASSERT_TRUE(parseIsoText(text).has_value());
+            } else if (c < '0' || c > '9') {
+                ASSERT_FALSE(parseIsoText(text).has_value());
+            }
+        }
+    }
+}
+
+TEST(IsoText, DatesOfDifferentMonthsInTurnReadAlike) {
+    // Dates of one month read one after another, and in turn with other months, years
+    // and centuries, give the same instants as each read alone.
+    const char* texts[] = {"2026-03-04T08:15:00Z", "2026-03-31T23:59:59Z", "2026-04-01T00:00:00Z",
+                           "1926-03-04T08:15:00Z", "2126-03-04T08:15:00Z", "2026-03-01T00:00:00Z",
+                           "2024-02-29T12:00:00Z", "2025-02-28T12:00:00Z", "0000-01-01T00:00:00Z",
+                           "9999-12-31T23:59:59Z"};
+    std::vector<Instant> alone;
+    for (const char* text : texts) {
+        const long long day =
+            daysFromCivil(std::stoi(std::string(text, 4)),
+                          static_cast<unsigned>(std::stoi(std::string(text + 5, 2))),
+                          static_cast<unsigned>(std::stoi(std::string(text + 8, 2))));
+        const int seconds = std::stoi(std::string(text + 11, 2)) * 3600 +
+                            std::stoi(std::string(text + 14, 2)) * 60 +
+                            std::stoi(std::string(text + 17, 2));
+        alone.push_back(Instant{static_cast<double>(day * 86400 + seconds)});
+    }
+    for (int round = 0; round < 3; ++round) {
+        for (std::size_t i = 0; i < std::size(texts); ++i) {
+            const std::size_t at = round == 1 ? std::size(texts) - 1 - i : i;
+            SCOPED_TRACE(texts[at]);
+            EXPECT_EQ(parseIsoText(texts[at]), alone[at]);
+        }
+    }
+    // A day that does not exist in one month is refused right after a valid one of it.
+    EXPECT_TRUE(parseIsoText("2023-02-01T00:00:00Z").has_value());
+    EXPECT_FALSE(parseIsoText("2023-02-29T00:00:00Z").has_value());
 }
 
 TEST(IsoText, EveryDayOfFourCenturiesRoundTrips) {

@@ -93,5 +93,38 @@ TEST(JsonFields, EachRuleTreatsMissingNullAndWrongValuesItsOwnWay) {
     EXPECT_FALSE(decode(R"({"name": "a"} 1)").ok());
 }
 
+TEST(JsonFields, TextsAndKeysReadExactlyWhereverTheirEscapesStand) {
+    // An escape at every offset of a text, across the eight-byte words it is scanned
+    // in, and right at its end: the text read is the text meant.
+    for (const auto& [escape, meant] : {std::pair<std::string, std::string>{R"(\")", "\""},
+                                        {R"(\\)", "\\"},
+                                        {R"(\u00e9)", "\xC3\xA9"},
+                                        {R"(\n)", "\n"}}) {
+        for (std::size_t at = 0; at <= 17; ++at) {
+            const std::string before(at, 'a');
+            const std::string json = R"({"name": ")" + before + escape + R"("})";
+            SCOPED_TRACE(json);
+            const auto read = decode(json);
+            ASSERT_TRUE(read.ok()) << read.error();
+            EXPECT_EQ(read->name, before + meant);
+        }
+    }
+    // Keys that start like a field's key, or that it starts like, are other keys.
+    const auto near = decode(R"({"nam": 1, "names": 2, "name": "n", "namex": 3, "levels": "x"})");
+    ASSERT_TRUE(near.ok()) << near.error();
+    EXPECT_EQ(near->name, "n");
+    EXPECT_EQ(near->level, 3);
+    // Fields in reverse order, and a document that ends right after a short key.
+    const auto reversed = decode(R"({"when":"2026-03-04T08:00:00Z","level":1,"name":"n"})");
+    ASSERT_TRUE(reversed.ok()) << reversed.error();
+    EXPECT_EQ(reversed->when, Instant{1772611200.0});
+    EXPECT_EQ(reversed->level, 1);
+    EXPECT_EQ(decode(R"({"a":1})").error(), "The sample has no \"name\".");
+    // A date written with escapes is the same date; one broken inside is refused.
+    EXPECT_EQ(decode(R"({"name":"n","when":"2026-03-04T08:00:00\u005a"})")->when,
+              Instant{1772611200.0});
+    EXPECT_FALSE(decode(R"({"name":"n","when":"2026-03-04T08:00:0\"Z"})").ok());
+}
+
 } // namespace
 } // namespace daywyn

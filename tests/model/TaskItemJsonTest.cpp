@@ -152,6 +152,19 @@ TEST(TaskItemJson, MistypedOptionalValuesFailTheRecord) {
     EXPECT_TRUE(decode(head + R"("estimatedMinutes":25})").ok());
 }
 
+TEST(TaskItemJson, IdentifiersWrittenWithEscapesReadAsTheSameIdentifier) {
+    const std::string tail = R"(,"title":"t","createdAt":"2026-03-04T08:15:00Z",)"
+                             R"("isComplete":false,"sessions":[],"scheduledBudgetAlerts":[]})";
+    const auto plain = decode(R"({"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F")" + tail);
+    ASSERT_TRUE(plain.ok()) << plain.error();
+    const auto escaped = decode(R"({"id":"\u0045621E1F8-C36C-495A-93FC-0C247A3E6E5\u0046")" + tail);
+    ASSERT_TRUE(escaped.ok()) << escaped.error();
+    EXPECT_EQ(escaped->id, plain->id);
+    // A quote or backslash inside the 36 characters is no identifier.
+    EXPECT_FALSE(decode(R"({"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E\"F")" + tail).ok());
+    EXPECT_FALSE(decode(R"({"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E\\F")" + tail).ok());
+}
+
 TEST(TaskItemJson, DoublesComeBackBitIdentical) {
     rapidjson::Document doc;
     const double values[] = {0.1, 1234.5678901234567, 1e-9, 86399.99999999999,
