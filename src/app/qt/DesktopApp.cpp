@@ -1,10 +1,8 @@
 #include "app/qt/DesktopApp.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <malloc.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -16,7 +14,6 @@
 #include <QQuickWindow>
 #include <QSGRendererInterface>
 #include <QSocketNotifier>
-#include <QTimer>
 
 #include "app/qt/AppEnvironment.h"
 #include "app/qt/DaywynBusService.h"
@@ -91,9 +88,6 @@ namespace {
 
 // Runs before QApplication exists: both choices are read when Qt starts.
 int& beforeQt(int& argc) {
-    // The app lives for days on a handful of threads (D-Bus, calendar reads, voice);
-    // an arena per thread keeps each one's freed memory apart and resident.
-    ::mallopt(M_ARENA_MAX, 2);
     // On Wayland the drawer, the handle and the global shortcut need X11 window
     // placement, so Daywyn runs through XWayland when it is there.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && !qEnvironmentVariableIsEmpty("DISPLAY")) {
@@ -162,10 +156,6 @@ void DesktopApp::start(bool greet) {
     if (greet) {
         environment_->onboardingWindow().showIfNeeded();
     }
-    // Loading the state and building the drawer free much more than they keep; once
-    // the app has settled, the free pages go back to the system instead of idling in
-    // the heap for the rest of the run.
-    QTimer::singleShot(std::chrono::seconds(5), &application_, [] { ::malloc_trim(0); });
 }
 
 int DesktopApp::exec() {
