@@ -118,6 +118,8 @@ qt_add_qml_module(daywyn_app
     RESOURCE_PREFIX /qt/qml
     OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/qml/Daywyn
     NO_PLUGIN
+    # Colours and fonts in the parts' properties are QtQuick's value types.
+    DEPENDENCIES QtQuick
     QML_FILES ${DAYWYN_QML_FILES})
 # The registrar names the singletons' header without its folder.
 target_include_directories(daywyn_app PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/app/qt)

@@ -23,6 +23,7 @@ Sheet {
         model: History
         spacing: 4
         delegate: Rectangle {
+            id: entry
             required property string taskId
             required property string title
             required property string completedText
@@ -37,14 +38,14 @@ Sheet {
                 ColumnLayout {
                     Layout.fillWidth: true
                     spacing: 0
-                    Text { Layout.fillWidth: true; text: title; elide: Text.ElideRight; font.pixelSize: 13; color: Theme.text }
+                    Text { Layout.fillWidth: true; text: entry.title; elide: Text.ElideRight; font.pixelSize: 13; color: Theme.text }
                     Text {
-                        text: completedText + (timeText !== "" ? " · " + timeText : "")
+                        text: entry.completedText + (entry.timeText !== "" ? " · " + entry.timeText : "")
                         font.pixelSize: 12
                         color: Theme.secondaryText
                     }
                 }
-                FlatButton { text: "Reopen"; Accessible.name: "Reopen " + title; onClicked: History.reopen(taskId) }
+                FlatButton { text: "Reopen"; Accessible.name: "Reopen " + entry.title; onClicked: History.reopen(entry.taskId) }
             }
         }
     }

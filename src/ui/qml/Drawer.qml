@@ -184,7 +184,10 @@ Rectangle {
             Accessible.name: "Recognised: " + addField.chips.map(c => c.text).join(", ")
             Repeater {
                 model: addField.chips
-                Chip { text: modelData.text }
+                Chip {
+                    required property var modelData
+                    text: modelData.text
+                }
             }
         }
 
@@ -340,17 +343,17 @@ Rectangle {
                     TaskRow {
                         width: cell.width
                         // The row's roles come from the model through the cell.
-                        property string taskId: cell.model.taskId
-                        property string title: cell.model.title
-                        property string detail: cell.model.detail
-                        property string timeText: cell.model.timeText
-                        property string clock: cell.model.clock
-                        property bool isComplete: cell.model.isComplete
-                        property bool isRunning: cell.model.isRunning
-                        property bool isOverrun: cell.model.isOverrun
-                        property int rank: cell.model.rank
-                        property bool canDoToday: cell.model.canDoToday
-                        property string section: cell.section
+                        taskId: cell.model.taskId
+                        title: cell.model.title
+                        detail: cell.model.detail
+                        timeText: cell.model.timeText
+                        clock: cell.model.clock
+                        isComplete: cell.model.isComplete
+                        isRunning: cell.model.isRunning
+                        isOverrun: cell.model.isOverrun
+                        rank: cell.model.rank
+                        canDoToday: cell.model.canDoToday
+                        section: cell.section
                         current: cell.ListView.isCurrentItem
                         listFocused: list.activeFocus
                         onEdit: root.openEditor(taskId)

@@ -84,7 +84,10 @@ Rectangle {
             Accessible.name: "Recognised: " + field.chips.map(c => c.text).join(", ")
             Repeater {
                 model: field.chips
-                Chip { text: modelData.text }
+                Chip {
+                    required property var modelData
+                    text: modelData.text
+                }
             }
         }
 

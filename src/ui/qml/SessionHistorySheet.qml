@@ -23,6 +23,7 @@ Sheet {
         model: Sessions
         spacing: 4
         delegate: Rectangle {
+            id: session
             required property string sessionId
             required property string startText
             required property string endText
@@ -35,16 +36,16 @@ Sheet {
             RowLayout {
                 anchors.fill: parent
                 anchors.leftMargin: 8
-                Text { Layout.fillWidth: true; text: span; font.pixelSize: 13; color: Theme.text; elide: Text.ElideRight }
-                Text { text: duration; font.pixelSize: 12; color: Theme.secondaryText }
+                Text { Layout.fillWidth: true; text: session.span; font.pixelSize: 13; color: Theme.text; elide: Text.ElideRight }
+                Text { text: session.duration; font.pixelSize: 12; color: Theme.secondaryText }
                 FlatButton {
                     text: "Edit"
-                    onClicked: { sheet.editingId = sessionId; startField.text = startText; endField.text = endText }
+                    onClicked: { sheet.editingId = session.sessionId; startField.text = session.startText; endField.text = session.endText }
                 }
                 FlatButton {
                     text: "Delete"
-                    Accessible.name: "Delete session " + span
-                    onClicked: { if (sheet.editingId === sessionId) sheet.editingId = ""; Sessions.deleteSession(sessionId) }
+                    Accessible.name: "Delete session " + session.span
+                    onClicked: { if (sheet.editingId === session.sessionId) sheet.editingId = ""; Sessions.deleteSession(session.sessionId) }
                 }
             }
         }

@@ -60,6 +60,7 @@ Rectangle {
                 Accessible.role: Accessible.PageTabList
                 Accessible.name: "Settings pages"
                 delegate: Rectangle {
+                    id: tab
                     required property var modelData
                     required property int index
                     width: ListView.view.width
@@ -74,13 +75,13 @@ Rectangle {
                         anchors.verticalCenter: parent.verticalCenter
                         anchors.left: parent.left
                         anchors.leftMargin: 8
-                        text: modelData.title
+                        text: tab.modelData.title
                         font.pixelSize: 13
                         color: ListView.isCurrentItem && !Theme.dark ? Theme.ink : Theme.text
                     }
                     MouseArea {
                         anchors.fill: parent
-                        onClicked: { pageList.currentIndex = index; pageList.forceActiveFocus() }
+                        onClicked: { pageList.currentIndex = tab.index; pageList.forceActiveFocus() }
                     }
                 }
             }
@@ -112,6 +113,13 @@ Rectangle {
                 source: "Settings" + root.page.charAt(0).toUpperCase() + root.page.slice(1) + "Page.qml"
             }
         }
+    }
+
+    // The reports page's export buttons.
+    Connections {
+        target: pageLoader.item
+        ignoreUnknownSignals: true
+        function onExportRequested(asCsv) { root.openExport(asCsv) }
     }
 
     // Opens the save dialog; if it cannot appear, the page says so instead of nothing.

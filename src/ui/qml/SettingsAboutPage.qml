@@ -6,6 +6,7 @@ import QtQuick.Layouts
 // The "about" page of the settings window: the version, where the data lives, and
 // the update check with its download.
 ColumnLayout {
+    id: page
     spacing: 16
 
     function megabytes(bytes) {
@@ -65,7 +66,7 @@ ColumnLayout {
                     objectName: "downloadUpdate"
                     visible: Updates.updateAvailable
                     // Once the package is saved, opening it is the next step.
-                    primary: Updates.downloadedInstallerURL.toString() === ""
+                    primary: Updates.downloadedInstallerPath === ""
                     fill: Theme.raised
                     opacity: enabled ? 1 : 0.5
                     text: "Download Daywyn " + (Updates.latestRelease.version || "")
@@ -74,7 +75,7 @@ ColumnLayout {
                 }
                 FlatButton {
                     objectName: "openDownloadedInstaller"
-                    visible: Updates.downloadedInstallerURL.toString() !== ""
+                    visible: Updates.downloadedInstallerPath !== ""
                     text: "Open downloaded installer"
                     primary: true
                     onClicked: Updates.openDownloadedInstaller()
@@ -120,8 +121,8 @@ ColumnLayout {
                 }
                 Text {
                     text: Updates.bytesTotal > 0
-                          ? megabytes(Updates.bytesReceived) + " of " + megabytes(Updates.bytesTotal)
-                          : megabytes(Updates.bytesReceived)
+                          ? page.megabytes(Updates.bytesReceived) + " of " + page.megabytes(Updates.bytesTotal)
+                          : page.megabytes(Updates.bytesReceived)
                     font.pixelSize: 12
                     color: Theme.secondaryText
                 }
@@ -129,7 +130,7 @@ ColumnLayout {
 
             TextEdit {
                 objectName: "downloadedInstallerPath"
-                visible: Updates.downloadedInstallerURL.toString() !== ""
+                visible: Updates.downloadedInstallerPath !== ""
                 text: Updates.downloadedInstallerPath
                 readOnly: true; selectByMouse: true; wrapMode: TextEdit.WrapAnywhere
                 Layout.fillWidth: true

@@ -19,14 +19,15 @@ ColumnLayout {
                 { value: "dark", label: "Dark" }
             ]
             RadioButton {
+                id: choice
                 required property var modelData
                 text: modelData.label
                 checked: SettingsModel.appearance === modelData.value
                 onClicked: SettingsModel.appearance = modelData.value
                 Accessible.name: modelData.label
                 contentItem: Text {
-                    leftPadding: parent.indicator.width + 8
-                    text: parent.text
+                    leftPadding: choice.indicator.width + 8
+                    text: choice.text
                     font.pixelSize: 13
                     color: Theme.text
                     verticalAlignment: Text.AlignVCenter

@@ -26,6 +26,7 @@ ColumnLayout {
             Repeater {
                 model: Calendars.explanations
                 Text {
+                    required property string modelData
                     Layout.fillWidth: true
                     text: modelData
                     wrapMode: Text.WordWrap

@@ -119,7 +119,7 @@ SettingsSection {
                     checked: modelData.selected
                     text: modelData.title
                     Accessible.name: modelData.title + " (" + account.modelData.email + ")"
-                    onToggled: GoogleCalendars.setCalendarSelected(account.modelData.id, modelData.id, checked)
+                    onToggled: GoogleCalendars.setCalendarSelected(account.modelData.id, box.modelData.id, checked)
                     contentItem: RowLayout {
                         spacing: 8
                         Item { implicitWidth: box.indicator.width }

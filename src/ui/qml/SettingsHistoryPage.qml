@@ -17,6 +17,7 @@ ColumnLayout {
     Repeater {
         model: SettingsModel.completedTasks
         Rectangle {
+            id: completed
             required property var modelData
             Layout.leftMargin: 16
             Layout.rightMargin: 16
@@ -30,8 +31,8 @@ ColumnLayout {
                 anchors.fill: parent
                 anchors.margins: 8
                 spacing: 0
-                Text { text: modelData.title; font.pixelSize: 13; color: Theme.text; elide: Text.ElideRight; Layout.fillWidth: true }
-                Text { text: "Completed " + modelData.completed; font.pixelSize: 12; color: Theme.secondaryText }
+                Text { text: completed.modelData.title; font.pixelSize: 13; color: Theme.text; elide: Text.ElideRight; Layout.fillWidth: true }
+                Text { text: "Completed " + completed.modelData.completed; font.pixelSize: 12; color: Theme.secondaryText }
             }
         }
     }

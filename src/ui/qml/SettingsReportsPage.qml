@@ -3,8 +3,11 @@ import Daywyn
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
-// The "reports" page of the settings window.
+// The "reports" page of the settings window. The export buttons ask the window, which
+// owns the save dialog.
 ColumnLayout {
+    id: page
+    signal exportRequested(bool asCsv)
     spacing: 16
     SettingsPageTitle { title: "Reports"; Layout.fillWidth: true }
     ColumnLayout {
@@ -67,6 +70,7 @@ ColumnLayout {
             Repeater {
                 model: SettingsModel.reports
                 Rectangle {
+                    id: report
                     required property var modelData
                     Layout.fillWidth: true
                     implicitHeight: reportColumn.implicitHeight + 16
@@ -78,11 +82,11 @@ ColumnLayout {
                         anchors.margins: 8
                         spacing: 2
                         Text {
-                            text: modelData.day + " · " + modelData.completed + " done, " + modelData.unfinished + " open"
+                            text: report.modelData.day + " · " + report.modelData.completed + " done, " + report.modelData.unfinished + " open"
                             font.pixelSize: 13; font.weight: Font.DemiBold; color: Theme.text
                         }
                         Repeater {
-                            model: modelData.lines
+                            model: report.modelData.lines
                             Text { required property string modelData; text: modelData; font.pixelSize: 12; color: Theme.secondaryText }
                         }
                     }
@@ -99,13 +103,13 @@ ColumnLayout {
                     objectName: "exportJson"
                     text: "Export tasks and reports (JSON)"
                     fill: Theme.raised
-                    onClicked: root.openExport(false)
+                    onClicked: page.exportRequested(false)
                 }
                 FlatButton {
                     objectName: "exportCsv"
                     text: "Export task spreadsheet (CSV)"
                     fill: Theme.raised
-                    onClicked: root.openExport(true)
+                    onClicked: page.exportRequested(true)
                 }
             }
         }

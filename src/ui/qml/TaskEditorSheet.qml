@@ -12,6 +12,7 @@ Sheet {
     function focusTitle() { titleField.forceActiveFocus() }
 
     component SwitchRow: RowLayout {
+        id: switchRow
         property alias label: toggle.text
         property alias on: toggle.checked
         property alias value: valueField.text
@@ -23,7 +24,7 @@ Sheet {
         Switch {
             id: toggle
             Layout.preferredWidth: 150
-            onToggled: switched(checked)
+            onToggled: switchRow.switched(checked)
             contentItem: Text {
                 leftPadding: toggle.indicator.width + 6
                 text: toggle.text
@@ -36,7 +37,7 @@ Sheet {
             id: valueField
             Layout.fillWidth: true
             enabled: toggle.checked
-            onTextEdited: edited(text)
+            onTextEdited: switchRow.edited(text)
             Accessible.name: toggle.text
         }
     }
@@ -144,24 +145,25 @@ Sheet {
             Repeater {
                 model: Editor.checklist
                 RowLayout {
+                    id: checklistRow
                     Layout.fillWidth: true
                     required property int index
                     required property var modelData
                     CheckBox {
-                        checked: modelData.isComplete
-                        onToggled: Editor.setChecklistDone(index, checked)
-                        Accessible.name: "Done: " + modelData.title
+                        checked: checklistRow.modelData.isComplete
+                        onToggled: Editor.setChecklistDone(checklistRow.index, checked)
+                        Accessible.name: "Done: " + checklistRow.modelData.title
                     }
                     Field {
                         Layout.fillWidth: true
-                        text: modelData.title
-                        onEditingFinished: if (text !== modelData.title) Editor.setChecklistTitle(index, text)
+                        text: checklistRow.modelData.title
+                        onEditingFinished: if (text !== checklistRow.modelData.title) Editor.setChecklistTitle(checklistRow.index, text)
                         Accessible.name: "Checklist item"
                     }
                     FlatButton {
                         text: "✕"
-                        Accessible.name: "Remove " + modelData.title
-                        onClicked: Editor.removeChecklistItem(index)
+                        Accessible.name: "Remove " + checklistRow.modelData.title
+                        onClicked: Editor.removeChecklistItem(checklistRow.index)
                     }
                 }
             }

@@ -9,6 +9,18 @@ import QtQuick.Layouts
 // hidden, so revealing them neither rewraps the title nor covers the secondary line.
 Rectangle {
     id: row
+    // The task's roles in the today model, set by the list's cell.
+    property string taskId
+    property string title
+    property string detail
+    property string timeText
+    property string clock
+    property bool isComplete: false
+    property bool isRunning: false
+    property bool isOverrun: false
+    property int rank: 0
+    property bool canDoToday: false
+    property string section
     property bool current: false
     property bool listFocused: false
     signal edit()
@@ -18,15 +30,15 @@ Rectangle {
     readonly property bool revealed: hover.hovered || (current && listFocused)
     implicitHeight: Math.max(48, body.implicitHeight + 16)
     radius: 8
-    color: current && listFocused ? Theme.selection
+    color: row.current && row.listFocused ? Theme.selection
            : hover.hovered ? Theme.raised
-           : section === "completed" ? Qt.rgba(Theme.mint.r, Theme.mint.g, Theme.mint.b,
+           : row.section === "completed" ? Qt.rgba(Theme.mint.r, Theme.mint.g, Theme.mint.b,
                                                Theme.dark ? 0.08 : 0.25)
            : "transparent"
-    border.width: current && listFocused ? 2 : 0
+    border.width: row.current && row.listFocused ? 2 : 0
     border.color: Theme.focusRing
     Accessible.role: Accessible.ListItem
-    Accessible.name: title + (isComplete ? ", completed" : "") + (isRunning ? ", timer running" : "")
+    Accessible.name: row.title + (row.isComplete ? ", completed" : "") + (row.isRunning ? ", timer running" : "")
 
     HoverHandler { id: hover }
     TapHandler {
@@ -51,21 +63,21 @@ Rectangle {
             implicitWidth: 28
             implicitHeight: 28
             focusPolicy: Qt.NoFocus
-            Accessible.name: isComplete ? "Reopen " + title : "Complete " + title
-            onClicked: Today.toggleComplete(taskId)
+            Accessible.name: row.isComplete ? "Reopen " + row.title : "Complete " + row.title
+            onClicked: Today.toggleComplete(row.taskId)
             contentItem: Item {
                 Rectangle {
                     anchors.centerIn: parent
                     width: 18
                     height: 18
                     radius: 5
-                    color: isComplete ? Theme.mint : "transparent"
+                    color: row.isComplete ? Theme.mint : "transparent"
                     border.width: 2
-                    border.color: isComplete ? Theme.mint : Theme.secondaryText
+                    border.color: row.isComplete ? Theme.mint : Theme.secondaryText
                     Text {
                         anchors.centerIn: parent
                         text: "✓"
-                        visible: isComplete
+                        visible: row.isComplete
                         color: Theme.ink
                         font.pixelSize: 13
                         font.bold: true
@@ -87,13 +99,13 @@ Rectangle {
             Text {
                 Layout.fillWidth: true
                 Layout.minimumWidth: 0
-                text: title
+                text: row.title
                 wrapMode: Text.Wrap
                 maximumLineCount: 2
                 elide: Text.ElideRight
                 font.pixelSize: 13
-                font.strikeout: isComplete
-                color: isComplete ? Theme.secondaryText : Theme.text
+                font.strikeout: row.isComplete
+                color: row.isComplete ? Theme.secondaryText : Theme.text
             }
             RowLayout {
                 Layout.fillWidth: true
@@ -106,25 +118,25 @@ Rectangle {
                     Layout.minimumWidth: 0
                     Layout.maximumWidth: implicitWidth
                     elide: Text.ElideRight
-                    text: detail
+                    text: row.detail
                     visible: text !== ""
                     font.pixelSize: 12
                     color: Theme.secondaryText
                 }
                 Text {
                     id: timeLabel
-                    text: timeText
+                    text: row.timeText
                     visible: text !== ""
                     font.pixelSize: 12
-                    color: isOverrun ? Theme.coral : Theme.secondaryText
+                    color: row.isOverrun ? Theme.coral : Theme.secondaryText
                 }
             }
         }
 
         Text {
             // A pinned task shows its rank.
-            visible: rank > 0
-            text: rank
+            visible: row.rank > 0
+            text: row.rank
             font.pixelSize: 12
             font.bold: true
             color: Theme.ink
@@ -132,7 +144,7 @@ Rectangle {
             verticalAlignment: Text.AlignVCenter
             Layout.preferredWidth: 20
             Layout.preferredHeight: 20
-            Accessible.name: "Priority " + rank
+            Accessible.name: "Priority " + row.rank
             Rectangle {
                 anchors.fill: parent
                 z: -1
@@ -145,14 +157,14 @@ Rectangle {
         }
 
         FlatButton {
-            visible: !isComplete
+            visible: !row.isComplete
             opacity: row.revealed ? 1 : 0
             enabled: row.revealed
             // As wide as "Unpin" either way, so pinning does not shift the row.
             implicitWidth: Math.ceil(pinWidth.advanceWidth) + 16
-            text: rank > 0 ? "Unpin" : "Pin"
+            text: row.rank > 0 ? "Unpin" : "Pin"
             focusPolicy: Qt.NoFocus
-            onClicked: Today.togglePin(taskId)
+            onClicked: Today.togglePin(row.taskId)
             TextMetrics { id: pinWidth; text: "Unpin"; font.pixelSize: 13 }
         }
         FlatButton {
@@ -160,24 +172,24 @@ Rectangle {
             enabled: row.revealed
             text: "⋯"
             focusPolicy: Qt.NoFocus
-            Accessible.name: "More actions for " + title
+            Accessible.name: "More actions for " + row.title
             onClicked: menu.popup()
         }
 
         AbstractButton {
             id: timerButton
             objectName: "timerButton"
-            visible: !isComplete
+            visible: !row.isComplete
             Layout.alignment: Qt.AlignVCenter
             implicitHeight: 28
-            implicitWidth: isRunning ? Math.max(64, clockLabel.implicitWidth + 34) : 28
+            implicitWidth: row.isRunning ? Math.max(64, clockLabel.implicitWidth + 34) : 28
             focusPolicy: Qt.NoFocus
-            Accessible.name: isRunning ? "Stop timer for " + title : "Start timer for " + title
-            onClicked: Today.toggleTimer(taskId)
+            Accessible.name: row.isRunning ? "Stop timer for " + row.title : "Start timer for " + row.title
+            onClicked: Today.toggleTimer(row.taskId)
             background: Rectangle {
                 radius: 8
-                color: isRunning ? Theme.coral : (timerButton.hovered ? Theme.raised : "transparent")
-                border.width: isRunning ? 0 : 1
+                color: row.isRunning ? Theme.coral : (timerButton.hovered ? Theme.raised : "transparent")
+                border.width: row.isRunning ? 0 : 1
                 border.color: Theme.separator
             }
             contentItem: Item {
@@ -186,7 +198,7 @@ Rectangle {
                     spacing: 6
                     // Pause: two bars; play: a triangle glyph.
                     Row {
-                        visible: isRunning
+                        visible: row.isRunning
                         spacing: 3
                         anchors.verticalCenter: parent.verticalCenter
                         Rectangle { width: 3; height: 11; color: Theme.ink }
@@ -194,14 +206,14 @@ Rectangle {
                     }
                     Text {
                         id: clockLabel
-                        visible: isRunning
-                        text: clock
+                        visible: row.isRunning
+                        text: row.clock
                         font.pixelSize: 12
                         font.weight: Font.DemiBold
                         color: Theme.ink
                     }
                     Text {
-                        visible: !isRunning
+                        visible: !row.isRunning
                         text: "▶"
                         font.pixelSize: 11
                         color: Theme.text
@@ -217,23 +229,23 @@ Rectangle {
         MenuItem { text: "Edit"; onTriggered: row.edit() }
         MenuItem {
             text: "Do today"
-            enabled: canDoToday
-            onTriggered: Today.doToday(taskId)
+            enabled: row.canDoToday
+            onTriggered: Today.doToday(row.taskId)
         }
         MenuItem {
             text: "Move to tomorrow"
-            enabled: !isComplete
-            onTriggered: Today.moveToTomorrow(taskId)
+            enabled: !row.isComplete
+            onTriggered: Today.moveToTomorrow(row.taskId)
         }
         MenuItem { text: "History"; onTriggered: row.showHistory() }
         MenuItem {
-            text: rank > 0 ? "Unpin" : "Pin as priority"
-            enabled: !isComplete
-            onTriggered: Today.togglePin(taskId)
+            text: row.rank > 0 ? "Unpin" : "Pin as priority"
+            enabled: !row.isComplete
+            onTriggered: Today.togglePin(row.taskId)
         }
-        MenuItem { text: isRunning ? "Stop timer" : "Start timer"; enabled: !isComplete; onTriggered: Today.toggleTimer(taskId) }
+        MenuItem { text: row.isRunning ? "Stop timer" : "Start timer"; enabled: !row.isComplete; onTriggered: Today.toggleTimer(row.taskId) }
         MenuSeparator {}
-        MenuItem { text: "Delete"; onTriggered: Today.deleteTask(taskId) }
+        MenuItem { text: "Delete"; onTriggered: Today.deleteTask(row.taskId) }
     }
 
     function openMenu() { menu.popup(row, row.width - 200, row.height) }

@@ -43,6 +43,8 @@ ColumnLayout {
         id: rows
         model: section.events
         EventRow {
+            required property var modelData
+            required property int index
             objectName: "eventRow"
             Layout.fillWidth: true
             Keys.onUpPressed: index > 0 ? rows.itemAt(index - 1).forceActiveFocus() : section.leaveUp()

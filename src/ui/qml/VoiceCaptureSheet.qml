@@ -204,6 +204,7 @@ Rectangle {
                 spacing: 8
                 model: VoiceReview.candidates
                 delegate: RowLayout {
+                    id: candidate
                     required property var modelData
                     required property int index
                     width: ListView.view.width
@@ -211,18 +212,18 @@ Rectangle {
                     Field {
                         Layout.fillWidth: true
                         implicitHeight: 32
-                        text: modelData.title
-                        Accessible.name: "Task " + (index + 1) + " title"
-                        onTextEdited: VoiceReview.setCandidateTitle(index, text)
+                        text: candidate.modelData.title
+                        Accessible.name: "Task " + (candidate.index + 1) + " title"
+                        onTextEdited: VoiceReview.setCandidateTitle(candidate.index, text)
                     }
                     Chip {
-                        visible: modelData.when !== ""
-                        text: modelData.when
+                        visible: candidate.modelData.when !== ""
+                        text: candidate.modelData.when
                     }
                     FlatButton {
                         text: "Remove"
-                        Accessible.name: "Remove task " + (index + 1)
-                        onClicked: VoiceReview.removeCandidate(index)
+                        Accessible.name: "Remove task " + (candidate.index + 1)
+                        onClicked: VoiceReview.removeCandidate(candidate.index)
                     }
                 }
             }

@@ -22,7 +22,8 @@ class UserSettings;
 // Every text it returns is a whole sentence for the page to show.
 class SettingsModel : public QObject {
     Q_OBJECT
-    Q_PROPERTY(QVariantMap preferences READ preferences NOTIFY changed)
+    // A plain value to the screens (var), which read its keys by name.
+    Q_PROPERTY(QVariant preferences READ preferences NOTIFY changed)
     Q_PROPERTY(QVariantList anchors READ anchors CONSTANT)
     Q_PROPERTY(QString appearance READ appearance WRITE setAppearance NOTIFY appearanceChanged)
     Q_PROPERTY(QVariantList reports READ reports NOTIFY changed)

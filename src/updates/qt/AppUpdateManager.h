@@ -36,15 +36,17 @@ class AppUpdateManager : public QObject {
     Q_PROPERTY(bool isDownloading READ isDownloading NOTIFY isDownloadingChanged)
     Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusMessageChanged)
     Q_PROPERTY(QVariantList releases READ releasesForDisplay NOTIFY releasesChanged)
-    Q_PROPERTY(QVariantMap latestRelease READ latestReleaseForDisplay NOTIFY releasesChanged)
+    // A plain value to the screens (var), which read its keys by name.
+    Q_PROPERTY(QVariant latestRelease READ latestReleaseForDisplay NOTIFY releasesChanged)
     Q_PROPERTY(bool updateAvailable READ updateAvailable NOTIFY releasesChanged)
     Q_PROPERTY(QUrl downloadedInstallerURL READ downloadedInstallerURL NOTIFY
                    downloadedInstallerURLChanged)
     Q_PROPERTY(QString downloadedInstallerPath READ downloadedInstallerPath NOTIFY
                    downloadedInstallerURLChanged)
-    Q_PROPERTY(qint64 bytesReceived READ bytesReceived NOTIFY progressChanged)
+    // Numbers for the screens (a byte count fits a double exactly below 2^53).
+    Q_PROPERTY(double bytesReceived READ bytesReceived NOTIFY progressChanged)
     // -1 while the size is not known.
-    Q_PROPERTY(qint64 bytesTotal READ bytesTotal NOTIFY progressChanged)
+    Q_PROPERTY(double bytesTotal READ bytesTotal NOTIFY progressChanged)
 
 public:
     static constexpr int defaultTransferTimeoutMilliseconds = 30'000;
