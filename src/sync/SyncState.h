@@ -42,6 +42,15 @@ struct LocalChange {
     bool operator==(const LocalChange&) const = default;
 };
 
+// An entry of the task list that is not a task Daywyn can read (an event in a list
+// that holds both, a malformed object), at the etag it was read at: it is left alone
+// and read again only when it changes.
+struct SkippedEntry {
+    std::string href;
+    std::string etag;
+    bool operator==(const SkippedEntry&) const = default;
+};
+
 enum class ConflictSide { local, remote };
 
 // One field edited on both machines: the later edit was kept and the other set aside.
@@ -67,6 +76,7 @@ struct SyncState {
     std::string syncToken;
     // By task id.
     std::map<Uuid, SyncedTask> synced;
+    std::vector<SkippedEntry> skipped;
     // Tasks with changes not yet on the server, by task id.
     std::map<Uuid, LocalChange> localChanges;
     // Oldest first; the oldest are dropped beyond kMostConflicts.
