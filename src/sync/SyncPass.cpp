@@ -74,6 +74,10 @@ private:
         for (const auto& [id, synced] : state().synced) {
             byHref.emplace(synced.href, id);
         }
+        std::map<std::string, std::string> skipped;
+        for (auto& entry : state().skipped) {
+            skipped.emplace(std::move(entry.href), std::move(entry.etag));
+        }
         std::unordered_set<std::string> listed;
         for (const auto& resource : listing.changed) {
             listed.insert(resource.href);
@@ -81,7 +85,24 @@ private:
             if (known != byHref.end() && state().synced[known->second].etag == resource.etag) {
                 continue;
             }
+            if (const auto passed = skipped.find(resource.href);
+                passed != skipped.end() && passed->second == resource.etag) {
+                continue;
+            }
+            skipped.erase(resource.href);
             toFetch_.push_back(resource.href);
+        }
+        // Entries gone from the list are forgotten.
+        for (const auto& href : listing.removed) {
+            skipped.erase(href);
+        }
+        if (listing.complete) {
+            std::erase_if(skipped,
+                          [&](const auto& entry) { return !listed.contains(entry.first); });
+        }
+        state().skipped.clear();
+        for (auto& [href, etag] : skipped) {
+            state().skipped.push_back({href, std::move(etag)});
         }
         if (listing.complete) {
             if (listed.empty() && !state().synced.empty()) {
@@ -127,6 +148,7 @@ private:
                 if (changedThere_.contains(id)) {
                     // Two objects with one UID: the first is the task, the other is left.
                     ++out_.summary.unreadable;
+                    state().skipped.push_back({remote->href, remote->etag});
                     continue;
                 }
                 changedThere_.emplace(id, std::move(*remote));
@@ -143,6 +165,9 @@ private:
         auto decoded = coding_.decode(resource.ics, calendar_);
         if (!decoded) {
             ++out_.summary.unreadable;
+            if (!hrefToId_.contains(resource.href)) {
+                state().skipped.push_back({std::move(resource.href), std::move(resource.etag)});
+            }
             return std::nullopt;
         }
         RemoteTask remote;

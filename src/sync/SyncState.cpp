@@ -35,6 +35,7 @@ void forgetServer(SyncState& state) {
     state.syncToken.clear();
     state.synced.clear();
     state.localChanges.clear();
+    state.skipped.clear();
     state.lastPassAt.reset();
     state.lastError.clear();
     state.lastSummary.clear();

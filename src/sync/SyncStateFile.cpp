@@ -103,6 +103,14 @@ struct JsonRecord<LocalChange> {
 };
 
 template <>
+struct JsonRecord<SkippedEntry> {
+    static constexpr std::string_view noun = "skipped entry";
+    static constexpr auto fields =
+        std::tuple(jsonField("etag", &SkippedEntry::etag, FieldRule::required),
+                   jsonField("href", &SkippedEntry::href, FieldRule::required));
+};
+
+template <>
 struct JsonRecord<ConflictRecord> {
     using C = ConflictRecord;
     static constexpr std::string_view noun = "conflict";
@@ -127,6 +135,7 @@ struct JsonRecord<SyncState> {
                    jsonField("lastPassAt", &S::lastPassAt, FieldRule::optional),
                    jsonField("lastSummary", &S::lastSummary, FieldRule::lenient),
                    jsonField("localChanges", &S::localChanges, FieldRule::lenient),
+                   jsonField("skipped", &S::skipped, FieldRule::lenient),
                    jsonField("syncToken", &S::syncToken, FieldRule::lenient),
                    jsonField("synced", &S::synced, FieldRule::lenient));
 };

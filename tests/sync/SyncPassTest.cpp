@@ -238,6 +238,14 @@ TEST(SyncPass, LeavesEntriesItCannotReadAndSaysSo) {
     EXPECT_NE(outcome.summary.sentence().find("2 entries on the server are not tasks Daywyn can "
                                               "read; they were left as they are."),
               std::string::npos);
+    // They are not read again until they change, even from a server without sync tokens.
+    m.server.keepsSyncTokens = false;
+    m.server.resetCounts();
+    const auto next = m.laptop.sync(m.server, t(11));
+    EXPECT_EQ(m.server.requests(), 1);
+    EXPECT_EQ(next.summary.unreadable, 0);
+    m.server.store("/calendars/user/tasks/junk.ics", "still not iCalendar");
+    EXPECT_EQ(m.laptop.sync(m.server, t(12)).summary.unreadable, 1);
 }
 
 TEST(SyncPass, ReceivesATaskAnotherClientCreatedAndKeepsItsPropertiesWhenSendingChanges) {
