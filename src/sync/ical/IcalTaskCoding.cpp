@@ -560,15 +560,39 @@ void dropParseNotes(icalcomponent* component) {
     }
 }
 
+Component newCalendar() {
+    Component root(icalcomponent_new_vcalendar());
+    icalcomponent_add_property(root.get(), icalproperty_new_version("2.0"));
+    icalcomponent_add_property(root.get(), icalproperty_new_prodid("-//Daywyn//Daywyn//EN"));
+    return root;
+}
+
 Parsed freshObject(const TaskItem& task) {
     Parsed parsed;
-    parsed.root.reset(icalcomponent_new_vcalendar());
-    icalcomponent_add_property(parsed.root.get(), icalproperty_new_version("2.0"));
-    icalcomponent_add_property(parsed.root.get(), icalproperty_new_prodid("-//Daywyn//Daywyn//EN"));
+    parsed.root = newCalendar();
     parsed.todo = icalcomponent_new_vtodo();
     icalcomponent_add_property(parsed.todo, icalproperty_new_uid(task.id.text().c_str()));
     icalcomponent_add_component(parsed.root.get(), parsed.todo);
     return parsed;
+}
+
+// A task found inside something that is not a calendar (a misspelt BEGIN line) is
+// written in a calendar of its own, with the time zones it refers to.
+Parsed inCalendar(Parsed parsed) {
+    if (icalcomponent_isa(parsed.root.get()) == ICAL_VCALENDAR_COMPONENT) {
+        return parsed;
+    }
+    Parsed wrapped;
+    wrapped.root = newCalendar();
+    for (icalcomponent* zone =
+             icalcomponent_get_first_component(parsed.root.get(), ICAL_VTIMEZONE_COMPONENT);
+         zone != nullptr;
+         zone = icalcomponent_get_next_component(parsed.root.get(), ICAL_VTIMEZONE_COMPONENT)) {
+        icalcomponent_add_component(wrapped.root.get(), icalcomponent_new_clone(zone));
+    }
+    wrapped.todo = icalcomponent_new_clone(parsed.todo);
+    icalcomponent_add_component(wrapped.root.get(), wrapped.todo);
+    return wrapped;
 }
 
 } // namespace
@@ -589,6 +613,7 @@ std::string IcalTaskCoding::encode(const TaskItem& given, std::string_view previ
     const TaskItem task = atWholeSeconds(given);
     Parsed parsed = previous.empty() ? Parsed{} : parse(previous);
     if (parsed.root && parsed.todo != nullptr) {
+        parsed = inCalendar(std::move(parsed));
         const auto uid = textOf(icalcomponent_get_uid(parsed.todo));
         if (uid.empty() || taskIdForUid(uid) != task.id) {
             icalcomponent_set_uid(parsed.todo, task.id.text().c_str());

@@ -271,4 +271,16 @@ TEST(IcalTaskCoding, DropsLibicalsParseNotesAndKeepsTheRest) {
     EXPECT_EQ(coding.decode(text, ny)->task, task);
 }
 
+TEST(IcalTaskCoding, WritesATaskFoundOutsideACalendarIntoOneWithItsZone) {
+    const Calendar ny = newYork();
+    std::string misspelt = kForeign;
+    misspelt.replace(misspelt.find("BEGIN:VCALENDAR"), 15, "BEGIN:VCALENDRA");
+    misspelt.replace(misspelt.find("END:VCALENDAR"), 13, "END:VCALENDRA");
+    const TaskItem task = coding.decode(misspelt, ny)->task;
+    const std::string text = coding.encode(task, misspelt, at(ny, 2026, 3, 2), ny);
+    EXPECT_EQ(text.rfind("BEGIN:VCALENDAR", 0), 0u) << text;
+    EXPECT_NE(text.find("TZID:Eastern"), std::string::npos) << text;
+    EXPECT_EQ(coding.decode(text, ny)->task, task);
+}
+
 } // namespace daywyn::test
