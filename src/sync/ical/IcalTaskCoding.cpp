@@ -443,6 +443,9 @@ Result<DecodedTask> decodeTodo(icalcomponent* root, icalcomponent* todo, const C
     TaskItem& task = decoded.task;
     task.id = taskIdForUid(decoded.uid);
     task.title = textOf(icalcomponent_get_summary(todo));
+    // A carriage return on its own is a line break to libical when the text is read
+    // again; a title keeps only what survives that.
+    std::erase(task.title, '\r');
     readSchedule(root, todo, calendar, task);
     std::optional<Instant> reminder;
     reminderAlarm(root, todo, calendar, &reminder);
@@ -672,6 +675,15 @@ std::string IcalTaskCoding::encode(const TaskItem& given, std::string_view previ
     char* text = icalcomponent_as_ical_string_r(root);
     std::string written = text ? text : "";
     icalmemory_free_buffer(text);
+    // Text mangled beyond what libical can keep straight (broken nesting, a broken zone)
+    // may not read back as the task; the task is then written afresh, since what goes to
+    // the server must always be the task.
+    if (!previous.empty()) {
+        const auto check = decode(written, calendar);
+        if (!check || !sameAtWholeSeconds(check->task, task)) {
+            return encode(task, {}, modifiedAt, calendar);
+        }
+    }
     return written;
 }
 
