@@ -109,9 +109,24 @@ icaltimetype withZone(icalcomponent* root, icalproperty* property, icaltimetype 
     return t;
 }
 
+// The times iCalendar can write: whole seconds within the years 1 to 9999.
+constexpr double kEarliest = -62'135'596'800.0; // 0001-01-01T00:00:00Z
+constexpr double kLatest = 253'402'300'799.0;   // 9999-12-31T23:59:59Z
+
+std::optional<Instant> instantIn(const icaltimetype& t, const Calendar& calendar);
+
 // A date is the start of that day in the user's calendar, as is a floating time's
-// wall clock; UTC and zoned times are absolute.
+// wall clock; UTC and zoned times are absolute. A time outside what iCalendar can
+// write again is no time.
 std::optional<Instant> instantOf(const icaltimetype& t, const Calendar& calendar) {
+    const auto at = instantIn(t, calendar);
+    if (!at || !(at->seconds >= kEarliest && at->seconds <= kLatest)) {
+        return std::nullopt;
+    }
+    return at;
+}
+
+std::optional<Instant> instantIn(const icaltimetype& t, const Calendar& calendar) {
     if (icaltime_is_null_time(t) || !icaltime_is_valid_time(t)) {
         return std::nullopt;
     }
@@ -154,13 +169,11 @@ std::optional<Instant> timeOf(icalcomponent* root, icalcomponent* todo, icalprop
 
 // Whole seconds within the years 1 to 9999, which iCalendar can write.
 icaltimetype utcTime(Instant at) {
-    constexpr double earliest = -62'135'596'800.0; // 0001-01-01T00:00:00Z
-    constexpr double latest = 253'402'300'799.0;   // 9999-12-31T23:59:59Z
     double seconds = std::floor(at.seconds);
-    if (!(seconds >= earliest)) {
-        seconds = earliest;
-    } else if (seconds > latest) {
-        seconds = latest;
+    if (!(seconds >= kEarliest)) {
+        seconds = kEarliest;
+    } else if (seconds > kLatest) {
+        seconds = kLatest;
     }
     return icaltime_from_timet_with_zone(static_cast<time_t>(seconds), 0,
                                          icaltimezone_get_utc_timezone());
