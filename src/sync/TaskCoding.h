@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/Calendar.h"
+#include "base/Result.h"
+#include "model/TaskItem.h"
+
+namespace daywyn::sync {
+
+// A task read from a calendar object.
+struct DecodedTask {
+    TaskItem task;
+    // The object's UID as written (a task id is its canonical text; other programs may
+    // use any text, and the task id is then derived from it).
+    std::string uid;
+    // LAST-MODIFIED, when the object has one.
+    std::optional<Instant> lastModified;
+};
+
+// How a task is written as an iCalendar VTODO and read back. Reading and writing
+// agree exactly on every field of a task; what another program wrote and this one
+// does not understand is kept when the task is written over its previous text.
+class TaskCoding {
+public:
+    virtual ~TaskCoding() = default;
+
+    // The first VTODO of the object. Dates without a time are days of `calendar`.
+    virtual Result<DecodedTask> decode(std::string_view ics, const Calendar& calendar) const = 0;
+    // The task as a whole iCalendar object. `previous` is the object's last synced text
+    // (empty for a new one): it is edited so that everything this coding does not
+    // manage stays as it was, including its UID. LAST-MODIFIED becomes `modifiedAt`.
+    virtual std::string encode(const TaskItem& task, std::string_view previous, Instant modifiedAt,
+                               const Calendar& calendar) const = 0;
+};
+
+// The task id for a calendar object's UID: the UID itself when it is a task id, else
+// an id derived from its text (always the same for the same text).
+Uuid taskIdForUid(std::string_view uid);
+
+} // namespace daywyn::sync
