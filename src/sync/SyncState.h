@@ -26,7 +26,8 @@ struct SyncAccount {
 // common ancestor, and the text a later upload edits so that what other programs
 // wrote is kept.
 struct SyncedTask {
-    Uuid taskId;
+    // The task as both sides last held it.
+    TaskItem task;
     std::string href;
     std::string etag;
     // The whole iCalendar object as last sent or received.

@@ -1,0 +1,209 @@
+#include "sync/TaskMerge.h"
+
+#include <algorithm>
+#include <cmath>
+#include <type_traits>
+
+#include "sync/TaskFieldJson.h"
+
+namespace daywyn::sync {
+
+namespace {
+
+template <typename T>
+struct IsVector : std::false_type {};
+template <typename T>
+struct IsVector<std::vector<T>> : std::true_type {};
+
+// Lists of items with an id (sessions, checklist items), present or optional.
+template <typename T>
+struct IsItemList : std::false_type {};
+template <typename T>
+requires requires(const T& item) {
+    item.id;
+}
+struct IsItemList<std::vector<T>> : std::true_type {};
+template <typename T>
+struct IsOptionalItemList : std::false_type {};
+template <typename T>
+struct IsOptionalItemList<std::optional<T>> : IsItemList<T> {};
+
+template <typename T>
+bool same(const T& a, const T& b);
+
+template <typename Record>
+bool sameFields(const Record& a, const Record& b) {
+    return std::apply(
+        [&](const auto&... field) { return (same(a.*field.member, b.*field.member) && ...); },
+        JsonRecord<Record>::fields);
+}
+
+template <typename T>
+bool same(const T& a, const T& b) {
+    if constexpr (std::is_same_v<T, Instant>) {
+        return std::floor(a.seconds) == std::floor(b.seconds);
+    } else if constexpr (IsOptional<T>::value) {
+        return a.has_value() == b.has_value() && (!a || same(*a, *b));
+    } else if constexpr (IsVector<T>::value) {
+        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                          [](const auto& x, const auto& y) { return same(x, y); });
+    } else if constexpr (kIsJsonRecord<T>) {
+        return sameFields(a, b);
+    } else {
+        return a == b;
+    }
+}
+
+template <typename T>
+void cut(T& value) {
+    if constexpr (std::is_same_v<T, Instant>) {
+        value.seconds = std::floor(value.seconds);
+    } else if constexpr (IsOptional<T>::value) {
+        if (value) {
+            cut(*value);
+        }
+    } else if constexpr (IsVector<T>::value) {
+        for (auto& element : value) {
+            cut(element);
+        }
+    } else if constexpr (kIsJsonRecord<T>) {
+        std::apply([&](const auto&... field) { (cut(value.*field.member), ...); },
+                   JsonRecord<T>::fields);
+    }
+}
+
+// A value as short text for the conflict log: text as it is, anything else as its
+// JSON, an absent value as "none".
+template <typename T>
+std::string describe(const T& value) {
+    if constexpr (IsOptional<T>::value) {
+        return value ? describe(*value) : std::string("none");
+    } else if constexpr (std::is_same_v<T, std::string>) {
+        return value;
+    } else {
+        return fieldJson(value);
+    }
+}
+
+struct Sides {
+    bool localIsLater = false;
+    std::string_view field;
+    std::vector<FieldConflict>* conflicts = nullptr;
+
+    // The later of two differing values, the other logged.
+    template <typename T>
+    const T& pick(const T& local, const T& remote) const {
+        const T& kept = localIsLater ? local : remote;
+        const T& setAside = localIsLater ? remote : local;
+        conflicts->push_back({std::string(field), describe(kept), describe(setAside),
+                              localIsLater ? ConflictSide::remote : ConflictSide::local});
+        return kept;
+    }
+};
+
+template <typename T>
+const T* findById(const std::vector<T>& list, const Uuid& id) {
+    const auto found =
+        std::find_if(list.begin(), list.end(), [&](const T& item) { return item.id == id; });
+    return found == list.end() ? nullptr : &*found;
+}
+
+// Items of a list matched by id: each merged like a field; an item removed on one side
+// and untouched on the other goes, one removed on one side and edited on the other
+// stays. Local order first, then the remote's new items in their order.
+template <typename T>
+std::vector<T> mergeItems(const std::vector<T>& base, const std::vector<T>& local,
+                          const std::vector<T>& remote, const Sides& sides) {
+    std::vector<T> merged;
+    merged.reserve(std::max(local.size(), remote.size()));
+    for (const T& mine : local) {
+        const T* before = findById(base, mine.id);
+        const T* theirs = findById(remote, mine.id);
+        if (theirs == nullptr) {
+            if (before == nullptr || !same(*before, mine)) {
+                merged.push_back(mine);
+            }
+        } else if (same(mine, *theirs) || (before != nullptr && same(*before, *theirs))) {
+            merged.push_back(mine);
+        } else if (before != nullptr && same(*before, mine)) {
+            merged.push_back(*theirs);
+        } else {
+            merged.push_back(sides.pick(mine, *theirs));
+        }
+    }
+    for (const T& theirs : remote) {
+        if (findById(local, theirs.id) != nullptr) {
+            continue;
+        }
+        const T* before = findById(base, theirs.id);
+        if (before == nullptr || !same(*before, theirs)) {
+            merged.push_back(theirs);
+        }
+    }
+    return merged;
+}
+
+template <typename T>
+T mergeBothChanged(const T* base, const T& local, const T& remote, const Sides& sides) {
+    if constexpr (IsItemList<T>::value) {
+        return mergeItems(base ? *base : T{}, local, remote, sides);
+    } else if constexpr (IsOptionalItemList<T>::value) {
+        // A list that may be absent: items merge as soon as either side has a list.
+        using List = typename T::value_type;
+        if (!local || !remote) {
+            return sides.pick(local, remote);
+        }
+        const List* before = base && *base ? &**base : nullptr;
+        return mergeBothChanged<List>(before, *local, *remote, sides);
+    } else {
+        return sides.pick(local, remote);
+    }
+}
+
+template <typename T>
+T mergeValue(const T* base, const T& local, const T& remote, const Sides& sides) {
+    if (same(local, remote)) {
+        return local;
+    }
+    if (base != nullptr && same(*base, local)) {
+        return remote;
+    }
+    if (base != nullptr && same(*base, remote)) {
+        return local;
+    }
+    return mergeBothChanged(base, local, remote, sides);
+}
+
+} // namespace
+
+MergedTask mergeTask(const TaskItem* base, const TaskItem& local, Instant localEditedAt,
+                     const TaskItem& remote, Instant remoteEditedAt) {
+    MergedTask result;
+    Sides sides;
+    sides.localIsLater = std::floor(localEditedAt.seconds) > std::floor(remoteEditedAt.seconds);
+    sides.conflicts = &result.conflicts;
+    std::apply(
+        [&](const auto&... field) {
+            (
+                [&] {
+                    sides.field = field.key;
+                    const auto* before = base ? &(base->*field.member) : nullptr;
+                    result.task.*field.member =
+                        mergeValue(before, local.*field.member, remote.*field.member, sides);
+                }(),
+                ...);
+        },
+        JsonRecord<TaskItem>::fields);
+    return result;
+}
+
+bool sameAtWholeSeconds(const TaskItem& a, const TaskItem& b) {
+    return same(a, b);
+}
+
+TaskItem atWholeSeconds(TaskItem task) {
+    cut(task);
+    return task;
+}
+
+} // namespace daywyn::sync
