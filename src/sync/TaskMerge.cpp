@@ -72,14 +72,16 @@ void cut(T& value) {
     }
 }
 
-// A value as short text for the conflict log: text as it is, anything else as its
-// JSON, an absent value as "none".
+// A value as short text for the conflict log: text and times as they are, anything
+// else as its JSON, an absent value as "none".
 template <typename T>
 std::string describe(const T& value) {
     if constexpr (IsOptional<T>::value) {
         return value ? describe(*value) : std::string("none");
     } else if constexpr (std::is_same_v<T, std::string>) {
         return value;
+    } else if constexpr (std::is_same_v<T, Instant>) {
+        return isoText(value);
     } else {
         return fieldJson(value);
     }

@@ -629,7 +629,11 @@ std::string IcalTaskCoding::encode(const TaskItem& given, std::string_view previ
     if (now.completedAt != task.completedAt) {
         setTime(todo, ICAL_COMPLETED_PROPERTY, task.completedAt);
     }
-    if (current().isComplete != task.isComplete) {
+    // Other clients go by STATUS: a completed task says so even where COMPLETED would do.
+    const bool saysCompleted =
+        icalcomponent_get_first_property(todo, ICAL_STATUS_PROPERTY) != nullptr &&
+        icalcomponent_get_status(todo) == ICAL_STATUS_COMPLETED;
+    if (task.isComplete ? !saysCompleted : current().isComplete) {
         writeStatus(todo, task.isComplete);
     }
     if (now.recurrence != task.recurrence) {
