@@ -31,7 +31,7 @@ qt_add_dbus_adaptor(DAYWYN_APP_SOURCES ${DAYWYN_BUS_XML} app/qt/DaywynBusService
 qt_add_dbus_interface(DAYWYN_APP_SOURCES ${DAYWYN_BUS_XML} daywyn_interface)
 add_library(daywyn_app STATIC ${DAYWYN_APP_SOURCES})
 target_include_directories(daywyn_app PUBLIC ${CMAKE_CURRENT_BINARY_DIR})
-target_link_libraries(daywyn_app PUBLIC daywyn_core daywyn_sync_net
+target_link_libraries(daywyn_app PUBLIC daywyn_core daywyn_sync_net daywyn_sync_ical
     Qt6::Core Qt6::Gui Qt6::DBus Qt6::Multimedia Qt6::Qml Qt6::Quick Qt6::QuickControls2 Qt6::Widgets)
 target_compile_definitions(daywyn_app PUBLIC QT_NO_KEYWORDS)
 # Voice capture's recogniser (see daywyn_speech in CMakeLists.txt).
@@ -93,6 +93,17 @@ daywyn_warnings(daywyn-transcribe)
 set_target_properties(daywyn-transcribe PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
     AUTOMOC OFF)
 install(TARGETS daywyn-transcribe RUNTIME DESTINATION ${DAYWYN_APP_INSTALL_DIR})
+
+# `daywyn sync` in a program of its own: QtCore, QtNetwork, libsecret and libical are
+# loaded only when tasks sync with a CalDAV server.
+add_executable(daywyn-sync ${CMAKE_CURRENT_SOURCE_DIR}/cli/sync/main.cpp
+    ${CMAKE_CURRENT_SOURCE_DIR}/cli/sync/SyncCommand.cpp)
+target_link_libraries(daywyn-sync PRIVATE daywyn_sync_net daywyn_sync_ical)
+daywyn_warnings(daywyn-sync)
+set_target_properties(daywyn-sync PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
+    AUTOMOC OFF)
+install(TARGETS daywyn-sync RUNTIME DESTINATION ${DAYWYN_APP_INSTALL_DIR})
+add_dependencies(daywyn daywyn-sync)
 
 # The manual page and the shell completions, written by the program from its verb
 # table.
