@@ -5,9 +5,11 @@
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include "RadicaleServer.h"
+#include "support/qt/FakeGoogleServer.h"
 #include "sync/qt/CalDavDiscovery.h"
 
 namespace daywyn::sync {
@@ -257,6 +259,20 @@ TEST(CalDavClientReplies, BrokenAndSlowServersGiveSentences) {
         ASSERT_FALSE(listing.ok());
         EXPECT_EQ(listing.error(), c.error);
     }
+}
+
+TEST(CalDavClientReplies, AnUntrustedCertificateIsRefusedWithASentence) {
+    QTemporaryDir folder;
+    test::FakeGoogleServer server;
+    ASSERT_TRUE(server.start(folder.path()));
+    // The server's certificate was made for this test and nobody trusts it.
+    CalDavClient client(QUrl(server.origin() + QStringLiteral("/ama/tasks/")), {"ama", "secret"});
+    auto listing = client.changesSince("");
+    ASSERT_FALSE(listing.ok());
+    EXPECT_EQ(
+        listing.error().rfind("Daywyn could not make a secure connection to the sync server: ", 0),
+        0U)
+        << listing.error();
 }
 
 } // namespace
