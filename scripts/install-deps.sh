@@ -40,6 +40,8 @@ packages=(
   libecal2.0-dev libical-dev evolution-data-server
   # Google accounts in the Secret Service; the keyring and secret-tool for its tests
   libsecret-1-dev gnome-keyring libsecret-tools curl
+  # task sync: a real CalDAV server for the sync tests and measurements
+  radicale
   # voice capture: on-device speech recognition, and the speech and virtual
   # microphone the voice tests record with
   libpocketsphinx-dev pocketsphinx-en-us pocketsphinx-testdata flite sox pulseaudio pulseaudio-utils

@@ -9,6 +9,20 @@ file(GLOB DAYWYN_APP_SOURCES CONFIGURE_DEPENDS
     ${CMAKE_CURRENT_SOURCE_DIR}/*/qt/*.cpp
     ${CMAKE_CURRENT_SOURCE_DIR}/*/qt/*.h)
 list(FILTER DAYWYN_APP_SOURCES EXCLUDE REGEX "/app/qt/main\\.cpp$")
+# The CalDAV client and the keyring are shared with daywyn-sync (below), which loads
+# QtCore, QtNetwork and libsecret only.
+list(FILTER DAYWYN_APP_SOURCES EXCLUDE REGEX "/sync/qt/|/calendar/qt/SecretServiceStore\\.")
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(DAYWYN_SECRET REQUIRED IMPORTED_TARGET libsecret-1)
+file(GLOB DAYWYN_SYNC_NET_SOURCES CONFIGURE_DEPENDS
+    ${CMAKE_CURRENT_SOURCE_DIR}/sync/qt/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/sync/qt/*.h
+    ${CMAKE_CURRENT_SOURCE_DIR}/calendar/qt/SecretServiceStore.cpp)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Network)
+add_library(daywyn_sync_net STATIC ${DAYWYN_SYNC_NET_SOURCES})
+target_link_libraries(daywyn_sync_net PUBLIC daywyn_core Qt6::Core Qt6::Network
+    PkgConfig::DAYWYN_SECRET)
+target_compile_definitions(daywyn_sync_net PUBLIC QT_NO_KEYWORDS)
+daywyn_warnings(daywyn_sync_net)
 # The app's side of org.daywyn.Daywyn and the proxy that calls it, made from the one
 # interface description.
 set(DAYWYN_BUS_XML ${CMAKE_CURRENT_SOURCE_DIR}/app/qt/org.daywyn.Daywyn.xml)
@@ -17,7 +31,7 @@ qt_add_dbus_adaptor(DAYWYN_APP_SOURCES ${DAYWYN_BUS_XML} app/qt/DaywynBusService
 qt_add_dbus_interface(DAYWYN_APP_SOURCES ${DAYWYN_BUS_XML} daywyn_interface)
 add_library(daywyn_app STATIC ${DAYWYN_APP_SOURCES})
 target_include_directories(daywyn_app PUBLIC ${CMAKE_CURRENT_BINARY_DIR})
-target_link_libraries(daywyn_app PUBLIC daywyn_core
+target_link_libraries(daywyn_app PUBLIC daywyn_core daywyn_sync_net daywyn_sync_ical
     Qt6::Core Qt6::Gui Qt6::DBus Qt6::Multimedia Qt6::Qml Qt6::Quick Qt6::QuickControls2 Qt6::Widgets)
 target_compile_definitions(daywyn_app PUBLIC QT_NO_KEYWORDS)
 # Voice capture's recogniser (see daywyn_speech in CMakeLists.txt).
@@ -79,6 +93,17 @@ daywyn_warnings(daywyn-transcribe)
 set_target_properties(daywyn-transcribe PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
     AUTOMOC OFF)
 install(TARGETS daywyn-transcribe RUNTIME DESTINATION ${DAYWYN_APP_INSTALL_DIR})
+
+# `daywyn sync` in a program of its own: QtCore, QtNetwork, libsecret and libical are
+# loaded only when tasks sync with a CalDAV server.
+add_executable(daywyn-sync ${CMAKE_CURRENT_SOURCE_DIR}/cli/sync/main.cpp
+    ${CMAKE_CURRENT_SOURCE_DIR}/cli/sync/SyncCommand.cpp)
+target_link_libraries(daywyn-sync PRIVATE daywyn_sync_net daywyn_sync_ical)
+daywyn_warnings(daywyn-sync)
+set_target_properties(daywyn-sync PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
+    AUTOMOC OFF)
+install(TARGETS daywyn-sync RUNTIME DESTINATION ${DAYWYN_APP_INSTALL_DIR})
+add_dependencies(daywyn daywyn-sync)
 
 # The manual page and the shell completions, written by the program from its verb
 # table.
@@ -170,8 +195,7 @@ daywyn_warnings(daywyn-calendars)
 add_dependencies(daywyn daywyn-calendars)
 install(TARGETS daywyn-calendars LIBRARY DESTINATION ${DAYWYN_APP_INSTALL_DIR})
 
-# Google accounts are kept in the desktop's Secret Service (libsecret).
-pkg_check_modules(DAYWYN_SECRET REQUIRED IMPORTED_TARGET libsecret-1)
+# Google accounts are kept in the desktop's Secret Service (libsecret, found above).
 target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_SECRET)
 # A build may carry its Google desktop registration file from outside the source tree.
 set(DAYWYN_GOOGLE_REGISTRATION "" CACHE FILEPATH

@@ -130,6 +130,10 @@ VerbAccess lineAccess(const VerbLine& line) {
     if (verb.access == VerbAccess::writing && verb.readOnlyWithoutWords && line.words.empty()) {
         return VerbAccess::reading;
     }
+    if (verb.access == VerbAccess::writing && !verb.readOnlyWord.empty() && !line.words.empty() &&
+        line.words[0] == verb.readOnlyWord) {
+        return VerbAccess::reading;
+    }
     return verb.access;
 }
 

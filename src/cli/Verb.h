@@ -56,6 +56,15 @@ public:
                                      const Calendar& calendar) = 0;
 };
 
+// Runs `daywyn sync` and `daywyn sync setup`, which talk to a CalDAV server. The
+// command-line program supplies its helper program; the core only routes the line.
+class TaskSyncRunner {
+public:
+    virtual ~TaskSyncRunner() = default;
+    // `args` starts with the verb, as typed. The helper prints what it has to say itself.
+    virtual CommandOutput sync(const std::vector<std::string>& args, Instant now) = 0;
+};
+
 // The desktop's calendars, read once for `today` and `calendars`. The command-line
 // program supplies the system calendars; the running app what it read last.
 class CalendarReader {
@@ -103,6 +112,7 @@ struct VerbContext {
     AppWindows* windows = nullptr;
     RecordingTranscriber* transcriber = nullptr;
     CalendarReader* calendars = nullptr;
+    TaskSyncRunner* syncer = nullptr;
 };
 
 // One row of the verb table: everything parsing, help, the manual page, shell
@@ -122,6 +132,9 @@ struct Verb {
     std::string_view readOnlyWith = {};
     // A writing verb given no words only reads (`calendars` shows the choice).
     bool readOnlyWithoutWords = false;
+    // A writing verb whose first word is this only reads (`sync status`).
+    std::string_view readOnlyWord = {};
+    // False for a verb whose data, if any, is opened by a helper program (`sync`).
     bool needsStore = true;
     // Usage checks beyond the options and the number of words, run before the store
     // is opened; may read the line ahead (the draft of `add`). A present output ends

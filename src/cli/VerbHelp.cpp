@@ -1,5 +1,7 @@
 #include "cli/VerbHelp.h"
 
+#include <algorithm>
+
 #include "base/Version.h"
 
 namespace daywyn {
@@ -219,8 +221,13 @@ std::string verbHelpText(const Verb& verb) {
     text += "\n\n" + std::string(verb.description) + "\n";
     if (!verb.options.empty()) {
         text += "\n";
+        // The helps line up after the longest option, and never closer than a space.
+        std::size_t width = 14;
         for (const auto& option : verb.options) {
-            text += padded("  " + optionName(option), 14) + std::string(option.help) + "\n";
+            width = std::max(width, optionName(option).size() + 3);
+        }
+        for (const auto& option : verb.options) {
+            text += padded("  " + optionName(option), width) + std::string(option.help) + "\n";
         }
     }
     return text;

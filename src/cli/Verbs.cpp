@@ -9,6 +9,7 @@
 #include "base/Json.h"
 #include "calendar/CalendarReading.h"
 #include "calendar/CalendarsCommand.h"
+#include "cli/SyncStatus.h"
 #include "cli/Verb.h"
 #include "model/RecordJson.h"
 #include "parsing/QuickTaskParser.h"
@@ -19,6 +20,7 @@
 #include "shell/DayText.h"
 #include "store/AddFromLine.h"
 #include "store/TodayTaskStore.h"
+#include "sync/SyncStateFile.h"
 
 namespace daywyn {
 
@@ -633,6 +635,56 @@ CommandOutput runCalendars(VerbLine& line, VerbContext& c) {
     return success(result.out);
 }
 
+// ---- sync ----
+
+std::optional<CommandOutput> checkSync(VerbLine& line, Instant, const Calendar&) {
+    const auto usage = [](const std::string& sentence) {
+        return CommandOutput{
+            2, {}, "daywyn sync: " + sentence + " Run 'daywyn sync --help' for usage.\n"};
+    };
+    const auto& words = line.words;
+    const bool setup = !words.empty() && words[0] == "setup";
+    if (setup && words.size() != 2) {
+        return usage("Give the server's address after setup.");
+    }
+    if (!setup && (words.size() > 1 || (words.size() == 1 && words[0] != "status"))) {
+        return usage("Give setup URL, status, or nothing.");
+    }
+    if (!setup && (line.value("--user") || line.value("--list") || line.has("--password-stdin"))) {
+        return usage("--user, --list and --password-stdin go with setup.");
+    }
+    return std::nullopt;
+}
+
+CommandOutput runSync(VerbLine& line, VerbContext& c) {
+    if (!line.words.empty() && line.words[0] == "status") {
+        auto path = sync::SyncStateFile::defaultPath();
+        if (!path) {
+            return failure(path.error());
+        }
+        auto state = readSyncStateForStatus(path.value());
+        if (!state) {
+            return failure(state.error());
+        }
+        return success(line.has("--json") ? syncStatusJson(state.value())
+                                          : syncStatusText(state.value(), c.now, c.calendar));
+    }
+    if (!c.syncer) {
+        return failure("Tasks sync from the command line while the Daywyn app is closed; quit "
+                       "Daywyn and run 'daywyn sync' again.");
+    }
+    std::vector<std::string> args{std::string(line.verb->name)};
+    for (const auto& [option, value] : line.values) {
+        args.insert(args.end(), {option, value});
+    }
+    args.insert(args.end(), line.flags.begin(), line.flags.end());
+    if (!line.words.empty()) {
+        args.push_back("--");
+        args.insert(args.end(), line.words.begin(), line.words.end());
+    }
+    return c.syncer->sync(args, c.now);
+}
+
 // ---- the app's windows ----
 
 template <void (AppWindows::*action)()>
@@ -770,6 +822,29 @@ const std::vector<Verb>& verbTable() {
          .words = VerbWords::path,
          .needsStore = false,
          .run = runTranscribe},
+        {.name = "sync",
+         .synopsis = "[--json] [setup URL [--user NAME] [--password-stdin] [--list NAME] | "
+                     "status]",
+         .summary = "sync tasks with your CalDAV server (setup URL: choose the server;\n"
+                    "status: the last pass and any conflicts)",
+         .description =
+             "Runs one two-way pass between this computer's tasks and a task list on a "
+             "CalDAV\nserver (Nextcloud, Radicale, Baikal, Fastmail...) and says what moved. "
+             "An edit made\non both sides keeps the later one; the other is kept in the "
+             "conflict log.\n'daywyn sync setup URL' finds the account's task lists (the one "
+             "named by --list,\nelse \"Daywyn\", made when missing) and keeps the password "
+             "in the keyring.\n'daywyn sync status' shows the last pass, the changes waiting "
+             "and the conflicts.",
+         .options = {{"--user", "NAME", "with setup: the account's user name (default: yours)"},
+                     {"--password-stdin", "", "with setup: read the password from standard input"},
+                     {"--list", "NAME", "with setup: the task list to use"},
+                     {"--json", "", "print JSON"}},
+         .words = VerbWords::text,
+         .access = VerbAccess::writing,
+         .readOnlyWord = "status",
+         .needsStore = false,
+         .check = checkSync,
+         .run = runSync},
         {.name = "show",
          .summary = "show the drawer (starting Daywyn first when it is not running)",
          .description = "Shows the drawer of the running app, starting Daywyn first when it "

@@ -29,9 +29,13 @@ const SecretSchema* schema() {
 
 } // namespace
 
-SecretServiceStore::SecretServiceStore(std::string service, std::string account)
+SecretServiceStore::SecretServiceStore(std::string service, std::string account,
+                                       std::optional<SecretItemTexts> texts)
     : service_(std::move(service))
-    , account_(std::move(account)) {}
+    , account_(std::move(account))
+    , texts_(texts ? std::move(*texts)
+                   : SecretItemTexts{"Daywyn Google accounts", std::string(kGoogleSaveFailed),
+                                     std::string(kGoogleUpdateFailed)}) {}
 
 SecretRead SecretServiceStore::read() {
     SecretRead result;
@@ -78,11 +82,11 @@ Status SecretServiceStore::write(const std::string& secret) {
     const bool existed = read().outcome != SecretRead::Outcome::missing;
     GError* error = nullptr;
     const gboolean stored = secret_password_store_sync(
-        schema(), SECRET_COLLECTION_DEFAULT, "Daywyn Google accounts", secret.c_str(), nullptr,
-        &error, "service", service_.c_str(), "account", account_.c_str(), nullptr);
+        schema(), SECRET_COLLECTION_DEFAULT, texts_.label.c_str(), secret.c_str(), nullptr, &error,
+        "service", service_.c_str(), "account", account_.c_str(), nullptr);
     if (!stored) {
         g_clear_error(&error);
-        return Status::failure(std::string(existed ? kGoogleUpdateFailed : kGoogleSaveFailed));
+        return Status::failure(existed ? texts_.updateFailed : texts_.saveFailed);
     }
     return {};
 }

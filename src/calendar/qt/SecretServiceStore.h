@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "calendar/SecretStore.h"
@@ -11,13 +12,16 @@ namespace daywyn {
 // by searching without unlocking.
 class SecretServiceStore : public SecretStore {
 public:
-    SecretServiceStore(std::string service, std::string account);
+    // The Google accounts item unless `texts` names another.
+    SecretServiceStore(std::string service, std::string account,
+                       std::optional<SecretItemTexts> texts = std::nullopt);
     SecretRead read() override;
     Status write(const std::string& secret) override;
 
 private:
     std::string service_;
     std::string account_;
+    SecretItemTexts texts_;
 };
 
 } // namespace daywyn

@@ -26,6 +26,8 @@
 #include "cli/bus/SystemCalendars.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
+#include "sync/SyncState.h"
+#include "sync/SyncStateFile.h"
 
 namespace daywyn {
 
@@ -263,38 +265,83 @@ CommandOutput runWindowVerb(sd_bus* bus, const std::vector<std::string>& args) {
     return runInApp(bus, args, false);
 }
 
-// `daywyn transcribe` through daywyn-transcribe, which prints the transcript itself:
-// the recogniser's libraries are loaded by that program alone.
+// Runs one of Daywyn's helper programs with the caller's instant and the verb line; it
+// shares this process's standard streams and prints what it has to say itself.
+CommandOutput runHelperProgram(const std::string& name, Instant now,
+                               const std::vector<std::string>& args) {
+    const std::string program = helperProgramPath(name);
+    if (program.empty()) {
+        return CommandOutput{1, {}, "Daywyn could not find " + name + "; is it installed?\n"};
+    }
+    std::vector<std::string> line{program, isoText(now)};
+    line.insert(line.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (auto& arg : line) {
+        argv.push_back(arg.data());
+    }
+    argv.push_back(nullptr);
+    std::fflush(nullptr);
+    pid_t child = 0;
+    if (const int error =
+            ::posix_spawn(&child, program.c_str(), nullptr, nullptr, argv.data(), environ);
+        error != 0) {
+        return CommandOutput{
+            1, {}, "Daywyn could not start " + program + ": " + std::strerror(error) + "\n"};
+    }
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return CommandOutput{WIFEXITED(status) ? WEXITSTATUS(status) : 1, {}, {}};
+}
+
+// `daywyn transcribe` through daywyn-transcribe: the recogniser's libraries are loaded
+// by that program alone.
 class TranscriberProgram : public RecordingTranscriber {
 public:
     CommandOutput transcribe(const std::vector<std::string>& args, Instant now,
                              const Calendar&) override {
-        const std::string program = helperProgramPath("daywyn-transcribe");
-        if (program.empty()) {
-            return CommandOutput{
-                1, {}, "Daywyn could not find daywyn-transcribe; is it installed?\n"};
-        }
-        std::vector<std::string> line{program, isoText(now)};
-        line.insert(line.end(), args.begin(), args.end());
-        std::vector<char*> argv;
-        for (auto& arg : line) {
-            argv.push_back(arg.data());
-        }
-        argv.push_back(nullptr);
-        std::fflush(nullptr);
-        pid_t child = 0;
-        if (const int error =
-                ::posix_spawn(&child, program.c_str(), nullptr, nullptr, argv.data(), environ);
-            error != 0) {
-            return CommandOutput{
-                1, {}, "Daywyn could not start " + program + ": " + std::strerror(error) + "\n"};
-        }
-        int status = 0;
-        while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-        }
-        return CommandOutput{WIFEXITED(status) ? WEXITSTATUS(status) : 1, {}, {}};
+        return runHelperProgram("daywyn-transcribe", now, args);
     }
 };
+
+// `daywyn sync` through daywyn-sync, which loads Qt's network library and libsecret and
+// takes the writer lock itself.
+class TaskSyncProgram : public TaskSyncRunner {
+public:
+    CommandOutput sync(const std::vector<std::string>& args, Instant now) override {
+        return runHelperProgram("daywyn-sync", now, args);
+    }
+};
+
+// After a verb changed tasks here: when task sync is set up, the changed tasks are
+// noted with the time, so that the next pass sends them and knows which edit is later.
+// `syncStatePath` is the state's file, which exists (see existingSyncStatePath).
+void noteChangesForSync(const std::string& syncStatePath, const std::vector<TaskItem>& before,
+                        const std::vector<TaskItem>& after, Instant now) {
+    if (before == after) {
+        return;
+    }
+    sync::SyncStateFile file(syncStatePath, std::make_shared<PosixFileSystem>());
+    auto loaded = file.load(now);
+    if (!loaded || !loaded.value().state.account) {
+        return;
+    }
+    sync::noteLocalChanges(loaded.value().state, before, after, now);
+    if (auto saved = file.save(loaded.value().state); !saved) {
+        std::fprintf(stderr, "Daywyn could not note the change for task sync: %s\n",
+                     saved.error().c_str());
+    }
+}
+
+// The sync state's file when there is one; the list of tasks is copied for the notes
+// of noteChangesForSync only then.
+std::optional<std::string> existingSyncStatePath() {
+    auto path = sync::SyncStateFile::defaultPath();
+    if (!path || ::access(path.value().c_str(), F_OK) != 0) {
+        return std::nullopt;
+    }
+    return path.value();
+}
 
 // A verb that opens the store reads the whole state file into fresh memory and, to
 // save, encodes all of it again: some 20 MB for 5,000 tasks, touched once by a process
@@ -350,7 +397,8 @@ int runHere(VerbLine& line, std::unique_ptr<JSONTaskRepository> repository, cons
     }
     if (!line.verb->needsStore) {
         TranscriberProgram transcriber;
-        VerbContext context{nullptr, now, calendar, nullptr, &transcriber};
+        TaskSyncProgram syncer;
+        VerbContext context{nullptr, now, calendar, nullptr, &transcriber, nullptr, &syncer};
         return print(runVerbLine(line, context));
     }
     if (!locked) {
@@ -370,7 +418,15 @@ int runHere(VerbLine& line, std::unique_ptr<JSONTaskRepository> repository, cons
     }
     SystemCalendars calendars(calendar);
     VerbContext context{&store, now, calendar, nullptr, nullptr, &calendars};
-    return print(runVerbLine(line, context));
+    const auto syncStatePath =
+        lineAccess(line) == VerbAccess::writing ? existingSyncStatePath() : std::nullopt;
+    if (!syncStatePath) {
+        return print(runVerbLine(line, context));
+    }
+    const std::vector<TaskItem> before = store.tasks();
+    const int status = print(runVerbLine(line, context));
+    noteChangesForSync(*syncStatePath, before, store.tasks(), now);
+    return status;
 }
 
 } // namespace
@@ -425,6 +481,13 @@ int runCommandLine(const std::vector<std::string>& given) {
         return print(runWindowVerb(bus.get(), args));
     }
     if (!parsed.line.verb->needsStore) {
+        // A helper program opens the data of a writing verb (sync); while the app runs,
+        // the app is the one writer and carries it out.
+        if (access == VerbAccess::writing) {
+            if (Bus bus = sessionBus(); bus && appIsRunning(bus.get())) {
+                return print(runInApp(bus.get(), args, false));
+            }
+        }
         return runHere(parsed.line, nullptr, {});
     }
     auto repository = stateRepository();

@@ -1,0 +1,130 @@
+#!/usr/bin/env bash
+# Measures `daywyn sync` as whole processes against a real Radicale server on
+# 127.0.0.1 (temporary storage, its default fsync on), with a 2,000-task state file:
+#   upload  the first pass of a fresh task list: every task sent (one PUT each);
+#   idle    a pass with nothing changed on either side;
+# and counts the HTTP requests an idle pass makes, from Radicale's log. The password
+# sits in a gnome-keyring on a private session bus, as on a desktop.
+# Prints medians in milliseconds (wall, CPU of the daywyn processes).
+# Usage: scripts/measure-sync.sh [build] [idle runs] [upload runs]
+set -euo pipefail
+
+build=${1:-build}
+runs=${2:-11}
+uploads=${3:-1}
+here=$(cd "$(dirname "$0")/.." && pwd)
+daywyn="$here/$build/daywyn"
+[ -x "$daywyn" ] && [ -x "$here/$build/daywyn-sync" ] ||
+  { echo "Build Daywyn first: $daywyn or daywyn-sync is missing." >&2; exit 1; }
+command -v radicale > /dev/null || { echo "Install radicale (scripts/install-deps.sh)." >&2; exit 1; }
+
+root=$(mktemp -d "${TMPDIR:-/tmp}/daywyn-measure-sync.XXXXXX")
+server_pid=""
+cleanup() {
+  [ -n "$server_pid" ] && kill "$server_pid" 2> /dev/null && wait "$server_pid" 2> /dev/null || true
+  rm -rf "$root"
+}
+trap cleanup EXIT
+mkdir -p "$root/data/Daywyn" "$root/state" "$root/runtime" "$root/config" "$root/home"
+chmod 700 "$root/runtime"
+
+port=$(/usr/bin/python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+echo "ama:secret" > "$root/users"
+cat > "$root/radicale.conf" <<CONF
+[server]
+hosts = 127.0.0.1:$port
+[auth]
+type = htpasswd
+htpasswd_filename = $root/users
+htpasswd_encryption = plain
+[rights]
+type = owner_only
+[storage]
+filesystem_folder = $root/storage
+[web]
+type = none
+[logging]
+level = info
+CONF
+radicale --config "$root/radicale.conf" 2> "$root/radicale.log" &
+server_pid=$!
+for _ in $(seq 100); do
+  (exec 3<> "/dev/tcp/127.0.0.1/$port") 2> /dev/null && break
+  sleep 0.1
+done
+
+state="$root/data/Daywyn/daywyn.json"
+"$here/scripts/seed-state.py" "$state" --bulk 1989 > /dev/null
+export HOME="$root/home" XDG_DATA_HOME="$root/data" XDG_STATE_HOME="$root/state" \
+  XDG_CONFIG_HOME="$root/config" XDG_RUNTIME_DIR="$root/runtime"
+unset DISPLAY WAYLAND_DISPLAY
+# Written once by Daywyn itself, so that the file is in the current format already.
+env -u DBUS_SESSION_BUS_ADDRESS "$daywyn" add "Seeded" > /dev/null
+tasks=$(/usr/bin/python3 -c 'import json, sys; print(len(json.load(open(sys.argv[1]))["tasks"]))' "$state")
+
+cat > "$root/launch.c" <<'C'
+#include <stdio.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+/* Runs argv[1..] once, output kept; prints the wall and CPU time (user + system of the
+   process and its children, here daywyn-sync) in ms to fd 3. */
+int main(int argc, char** argv) {
+    (void)argc;
+    struct timespec a, b;
+    clock_gettime(CLOCK_MONOTONIC, &a);
+    pid_t pid = fork();
+    if (pid == 0) {
+        execv(argv[1], argv + 1);
+        _exit(127);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    clock_gettime(CLOCK_MONOTONIC, &b);
+    struct rusage usage;
+    getrusage(RUSAGE_CHILDREN, &usage);
+    dprintf(3, "%.3f %.3f\n", (b.tv_sec - a.tv_sec) * 1e3 + (b.tv_nsec - a.tv_nsec) / 1e6,
+            (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 +
+                (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+}
+C
+cc -O2 -o "$root/launch" "$root/launch.c"
+
+cat > "$root/inside.sh" <<SH
+#!/usr/bin/env bash
+set -euo pipefail
+echo -n test-password | gnome-keyring-daemon --foreground --unlock --components=secrets \
+  > /dev/null 2>&1 &
+keyring=\$!
+trap 'kill \$keyring 2> /dev/null || true' EXIT
+for _ in \$(seq 100); do
+  busctl --user status org.freedesktop.secrets > /dev/null 2>&1 && break
+  sleep 0.05
+done
+for i in \$(seq $uploads); do
+  echo secret | "$daywyn" sync setup "http://127.0.0.1:$port/" --user ama --password-stdin \
+    --list "Upload \$i" > /dev/null
+  "$root/launch" "$daywyn" sync 3>> "$root/upload.times" > "$root/upload.out"
+done
+"$daywyn" sync > /dev/null
+for _ in \$(seq $runs); do
+  "$root/launch" "$daywyn" sync 3>> "$root/idle.times" > "$root/idle.out"
+done
+before=\$(grep -c ' request for ' "$root/radicale.log" || true)
+"$daywyn" sync > /dev/null
+after=\$(grep -c ' request for ' "$root/radicale.log" || true)
+echo \$((after - before)) > "$root/idle.requests"
+SH
+chmod +x "$root/inside.sh"
+dbus-run-session -- "$root/inside.sh"
+
+median() { awk -v c="${2:-1}" '{ print $c }' "$1" | sort -n |
+  awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
+echo "Radicale $(radicale --version) on 127.0.0.1, $tasks tasks; medians in ms (wall, CPU)"
+printf "  first upload (%d runs)        %9.1f %9.1f   (%s)\n" "$uploads" \
+  "$(median "$root/upload.times")" "$(median "$root/upload.times" 2)" "$(cat "$root/upload.out")"
+printf "  pass, nothing changed (%d)    %9.1f %9.1f   (%s)\n" "$runs" \
+  "$(median "$root/idle.times")" "$(median "$root/idle.times" 2)" "$(cat "$root/idle.out")"
+echo "  HTTP requests of a pass with nothing changed: $(cat "$root/idle.requests")"
