@@ -1,10 +1,10 @@
 #include "sync/SyncStateFile.h"
 
 #include <cerrno>
-#include <cstdlib>
 
 #include "model/RecordFields.h"
 #include "persistence/AtomicFile.h"
+#include "persistence/XdgPaths.h"
 
 namespace daywyn {
 
@@ -159,19 +159,11 @@ SyncStateFile::SyncStateFile(std::string path, std::shared_ptr<FileSystem> fileS
     , fs_(std::move(fileSystem)) {}
 
 Result<std::string> SyncStateFile::defaultPath(const Environment& environment) {
-    const Environment lookup = environment ? environment : [](const char* name) -> const char* {
-        return std::getenv(name);
-    };
-    std::string stateHome;
-    // The base directory rules ignore a relative XDG_STATE_HOME as invalid.
-    if (const char* xdg = lookup("XDG_STATE_HOME"); xdg && xdg[0] == '/') {
-        stateHome = xdg;
-    } else if (const char* home = lookup("HOME"); home && home[0] == '/') {
-        stateHome = std::string(home) + "/.local/state";
-    } else {
-        return Error{"Daywyn could not find your home folder."};
+    auto folder = daywynFolder(XdgBase::state, environment);
+    if (!folder) {
+        return Error{folder.error()};
     }
-    return stateHome + "/Daywyn/sync/state.json";
+    return folder.value() + "/sync/state.json";
 }
 
 Result<LoadedSyncState> SyncStateFile::load(Instant now) {

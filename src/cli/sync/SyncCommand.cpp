@@ -65,7 +65,7 @@ Result<Files> openFiles(Instant now) {
     }
     const auto fs = std::make_shared<PosixFileSystem>();
     Files files;
-    const JSONTaskRepository::Clock fixed = [now] {
+    const Clock fixed = [now] {
         return now;
     };
     files.repository = std::make_unique<JSONTaskRepository>(dataPath.value(), fs, fixed, wallClock);
