@@ -135,20 +135,25 @@ Result<ChangeListing> CalDavClient::reportChanges(const std::string& syncToken, 
     return listing;
 }
 
+Result<MultiStatus> CalDavClient::askCollection(const QByteArray& method, const QByteArray& body,
+                                                const QByteArray& depth) {
+    auto reply =
+        session_.send(method, collection_, body, {{"Content-Type", kXmlType}, {"Depth", depth}});
+    if (!reply) {
+        return Error{reply.error()};
+    }
+    if (reply.value().status != 207) {
+        return Error{*collectionFailure(reply.value().status, method)};
+    }
+    return parseMultiStatus(reply.value().body);
+}
+
 Result<std::string> CalDavClient::currentCtag() {
     const QByteArray body = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
                             "<D:propfind xmlns:D=\"DAV:\" "
                             "xmlns:CS=\"http://calendarserver.org/ns/\"><D:prop><CS:getctag/>"
                             "</D:prop></D:propfind>";
-    auto reply =
-        session_.send("PROPFIND", collection_, body, {{"Content-Type", kXmlType}, {"Depth", "0"}});
-    if (!reply) {
-        return Error{reply.error()};
-    }
-    if (reply.value().status != 207) {
-        return Error{*collectionFailure(reply.value().status, "PROPFIND")};
-    }
-    auto parsed = parseMultiStatus(reply.value().body);
+    auto parsed = askCollection("PROPFIND", body, "0");
     if (!parsed) {
         return Error{parsed.error()};
     }
@@ -178,15 +183,7 @@ Result<ChangeListing> CalDavClient::listEverything(const std::string& knownCtag)
                             "<D:propfind xmlns:D=\"DAV:\" "
                             "xmlns:CS=\"http://calendarserver.org/ns/\"><D:prop><D:getetag/>"
                             "<D:resourcetype/><CS:getctag/></D:prop></D:propfind>";
-    auto reply =
-        session_.send("PROPFIND", collection_, body, {{"Content-Type", kXmlType}, {"Depth", "1"}});
-    if (!reply) {
-        return Error{reply.error()};
-    }
-    if (reply.value().status != 207) {
-        return Error{*collectionFailure(reply.value().status, "PROPFIND")};
-    }
-    auto parsed = parseMultiStatus(reply.value().body);
+    auto parsed = askCollection("PROPFIND", body, "1");
     if (!parsed) {
         return Error{parsed.error()};
     }
@@ -227,15 +224,7 @@ Result<std::vector<RemoteResource>> CalDavClient::fetch(const std::vector<std::s
                 "<D:href>" + escaped(canonicalHref(QString::fromStdString(hrefs[i]))) + "</D:href>";
         }
         body += "</C:calendar-multiget>";
-        auto reply = session_.send("REPORT", collection_, body,
-                                   {{"Content-Type", kXmlType}, {"Depth", "1"}});
-        if (!reply) {
-            return Error{reply.error()};
-        }
-        if (reply.value().status != 207) {
-            return Error{*collectionFailure(reply.value().status, "REPORT")};
-        }
-        auto parsed = parseMultiStatus(reply.value().body);
+        auto parsed = askCollection("REPORT", body, "1");
         if (!parsed) {
             return Error{parsed.error()};
         }

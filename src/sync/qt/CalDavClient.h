@@ -30,6 +30,9 @@ public:
 private:
     Result<ChangeListing> reportChanges(const std::string& syncToken, bool& unsupported);
     Result<ChangeListing> listEverything(const std::string& knownCtag);
+    // A PROPFIND or REPORT on the collection that must answer with a multistatus.
+    Result<MultiStatus> askCollection(const QByteArray& method, const QByteArray& body,
+                                      const QByteArray& depth);
     // The collection's ctag, empty when the server has none.
     Result<std::string> currentCtag();
     std::optional<std::string> collectionFailure(int status, const QByteArray& method) const;
