@@ -1,183 +1,19 @@
 #include "calendar/GoogleReplies.h"
 
 #include <cmath>
-#include <simdjson.h>
+
+#include "base/JsonFields.h"
 
 namespace daywyn {
 
 namespace {
 
-namespace od = simdjson::ondemand;
-
 constexpr std::string_view kNotJson = "Google sent an answer that is not valid JSON.";
 constexpr std::string_view kUnexpected = "Google sent an answer Daywyn could not read.";
 
-// Reads one reply through simdjson On-Demand. Any problem makes the whole reply
-// unreadable: a half-read page must not pass for a whole one.
-class ReplyReader {
-public:
-    explicit ReplyReader(std::string_view json)
-        : padded_(json) {}
-
-    // The root object, or nothing (with the error set).
-    bool root(od::object& object) {
-        if (parser_.iterate(padded_).get(document_)) {
-            error_ = kNotJson;
-            return false;
-        }
-        if (document_.get_object().get(object)) {
-            return fail();
-        }
-        return true;
-    }
-
-    // The document must end after the root object.
-    bool finish() {
-        if (error_) {
-            return false;
-        }
-        const char* location = nullptr;
-        if (document_.current_location().get(location) != simdjson::OUT_OF_BOUNDS) {
-            return fail();
-        }
-        return true;
-    }
-
-    bool fail() {
-        if (!error_) {
-            error_ = kUnexpected;
-        }
-        return false;
-    }
-
-    std::string_view error() const { return error_ ? *error_ : kUnexpected; }
-
-    static bool isNull(od::value& value) {
-        bool null = false;
-        return !value.is_null().get(null) && null;
-    }
-
-    bool text(od::value value, std::string& out) {
-        std::string_view view;
-        if (value.get_string().get(view)) {
-            return fail();
-        }
-        out.assign(view);
-        return true;
-    }
-
-    bool optionalText(od::value value, std::optional<std::string>& out) {
-        if (isNull(value)) {
-            out.reset();
-            return true;
-        }
-        std::string t;
-        if (!text(value, t)) {
-            return false;
-        }
-        out = std::move(t);
-        return true;
-    }
-
-    // A field loop over an object: each(key, value) returns false to stop.
-    template <typename Each>
-    bool fields(od::object& object, Each each) {
-        for (auto field : object) {
-            std::string_view key;
-            if (field.unescaped_key().get(key)) {
-                return fail();
-            }
-            od::value value;
-            if (field.value().get(value)) {
-                return fail();
-            }
-            if (!each(key, value)) {
-                return false;
-            }
-        }
-        return !error_;
-    }
-
-    template <typename Each>
-    bool objectFields(od::value value, Each each) {
-        od::object object;
-        if (value.get_object().get(object)) {
-            return fail();
-        }
-        return fields(object, each);
-    }
-
-    bool item(od::value value, GoogleCalendarChoice& out) {
-        bool hasId = false;
-        const bool ok = objectFields(value, [&](std::string_view key, od::value v) {
-            if (key == "id") {
-                hasId = true;
-                return text(v, out.id);
-            }
-            if (key == "summary") {
-                return optionalText(v, out.summary);
-            }
-            if (key == "backgroundColor") {
-                return optionalText(v, out.backgroundColor);
-            }
-            return true;
-        });
-        return ok && (hasId || fail());
-    }
-
-    bool moment(od::value value, std::optional<GoogleMoment>& out) {
-        if (isNull(value)) {
-            out.reset();
-            return true;
-        }
-        GoogleMoment m;
-        const bool ok = objectFields(value, [&](std::string_view key, od::value v) {
-            if (key == "dateTime") {
-                return optionalText(v, m.dateTime);
-            }
-            if (key == "date") {
-                return optionalText(v, m.date);
-            }
-            return true;
-        });
-        if (ok) {
-            out = std::move(m);
-        }
-        return ok;
-    }
-
-    bool item(od::value value, GoogleEventPayload& out) {
-        bool hasId = false;
-        const bool ok = objectFields(value, [&](std::string_view key, od::value v) {
-            if (key == "id") {
-                hasId = true;
-                return text(v, out.id);
-            }
-            if (key == "summary") {
-                return optionalText(v, out.summary);
-            }
-            if (key == "status") {
-                return optionalText(v, out.status);
-            }
-            if (key == "start") {
-                return moment(v, out.start);
-            }
-            if (key == "end") {
-                return moment(v, out.end);
-            }
-            if (key == "htmlLink") {
-                return optionalText(v, out.htmlLink);
-            }
-            return true;
-        });
-        return ok && (hasId || fail());
-    }
-
-private:
-    simdjson::padded_string padded_;
-    od::parser parser_;
-    od::document document_;
-    std::optional<std::string_view> error_;
+// A desktop registration file holds its client under "installed".
+struct InstalledRegistration {
+    GoogleClientRegistration installed;
 };
 
 bool readDigits(std::string_view text, std::size_t at, std::size_t count, int& out) {
@@ -202,6 +38,97 @@ bool validDate(int year, int month, int day) {
     }
     const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
     return day <= (month == 2 && leap ? 29 : kDays[month - 1]);
+}
+
+} // namespace
+
+template <>
+struct JsonRecord<GoogleClientRegistration> {
+    static constexpr std::string_view noun = "client registration";
+    static constexpr auto fields = std::tuple(
+        jsonField("client_id", &GoogleClientRegistration::clientId, FieldRule::required),
+        jsonField("client_secret", &GoogleClientRegistration::clientSecret, FieldRule::required));
+};
+
+template <>
+struct JsonRecord<InstalledRegistration> {
+    static constexpr std::string_view noun = "registration file";
+    static constexpr auto fields =
+        std::tuple(jsonField("installed", &InstalledRegistration::installed, FieldRule::required));
+};
+
+template <>
+struct JsonRecord<GoogleToken> {
+    static constexpr std::string_view noun = "token";
+    static constexpr auto fields =
+        std::tuple(jsonField("access_token", &GoogleToken::accessToken, FieldRule::required),
+                   jsonField("expires_in", &GoogleToken::expiresIn, FieldRule::required),
+                   jsonField("refresh_token", &GoogleToken::refreshToken, FieldRule::optional));
+};
+
+template <>
+struct JsonRecord<GoogleProfile> {
+    static constexpr std::string_view noun = "profile";
+    static constexpr auto fields =
+        std::tuple(jsonField("email", &GoogleProfile::email, FieldRule::required),
+                   jsonField("id", &GoogleProfile::id, FieldRule::required));
+};
+
+template <>
+struct JsonRecord<GoogleCalendarChoice> {
+    static constexpr std::string_view noun = "calendar";
+    static constexpr auto fields = std::tuple(
+        jsonField("backgroundColor", &GoogleCalendarChoice::backgroundColor, FieldRule::optional),
+        jsonField("id", &GoogleCalendarChoice::id, FieldRule::required),
+        jsonField("summary", &GoogleCalendarChoice::summary, FieldRule::optional));
+};
+
+template <>
+struct JsonRecord<GoogleMoment> {
+    static constexpr std::string_view noun = "event time";
+    static constexpr auto fields =
+        std::tuple(jsonField("date", &GoogleMoment::date, FieldRule::optional),
+                   jsonField("dateTime", &GoogleMoment::dateTime, FieldRule::optional));
+};
+
+template <>
+struct JsonRecord<GoogleEventPayload> {
+    static constexpr std::string_view noun = "event";
+    static constexpr auto fields =
+        std::tuple(jsonField("end", &GoogleEventPayload::end, FieldRule::optional),
+                   jsonField("htmlLink", &GoogleEventPayload::htmlLink, FieldRule::optional),
+                   jsonField("id", &GoogleEventPayload::id, FieldRule::required),
+                   jsonField("start", &GoogleEventPayload::start, FieldRule::optional),
+                   jsonField("status", &GoogleEventPayload::status, FieldRule::optional),
+                   jsonField("summary", &GoogleEventPayload::summary, FieldRule::optional));
+};
+
+template <typename Item>
+struct JsonRecord<GooglePage<Item>> {
+    static constexpr std::string_view noun = "page";
+    static constexpr auto fields = std::tuple(
+        jsonField("items", &GooglePage<Item>::items, FieldRule::lenient),
+        jsonField("nextPageToken", &GooglePage<Item>::nextPageToken, FieldRule::optional));
+};
+
+namespace {
+
+// Reads one whole reply. Any problem makes all of it unreadable, so a half-read page
+// never passes for a whole one; the user is told only whether it was JSON at all.
+template <typename Reply>
+Result<Reply> decodeReply(std::string_view json) {
+    JsonInput input(json);
+    JsonDecoder d;
+    simdjson::ondemand::document document;
+    JsonValue value;
+    Reply reply{};
+    if (!input.iterate(d, document) || !d.checkSyntax(document.get_value().get(value))) {
+        return Result<Reply>::failure(std::string(kNotJson));
+    }
+    if (!decodeFields(d, value, reply) || !jsonAtEnd(document)) {
+        return Result<Reply>::failure(std::string(d.hasSyntaxError() ? kNotJson : kUnexpected));
+    }
+    return reply;
 }
 
 } // namespace
@@ -313,131 +240,28 @@ std::optional<CalendarEventItem> GoogleEventPayload::item(std::string_view accou
 }
 
 Result<GoogleClientRegistration> GoogleClientRegistration::decode(std::string_view json) {
-    ReplyReader reader(json);
-    od::object object;
-    GoogleClientRegistration registration;
-    bool hasInstalled = false, hasId = false, hasSecret = false;
-    const bool ok =
-        reader.root(object) &&
-        reader.fields(object,
-                      [&](std::string_view key, od::value v) {
-                          if (key != "installed") {
-                              return true;
-                          }
-                          hasInstalled = true;
-                          return reader.objectFields(v, [&](std::string_view k, od::value inner) {
-                              if (k == "client_id") {
-                                  hasId = true;
-                                  return reader.text(inner, registration.clientId);
-                              }
-                              if (k == "client_secret") {
-                                  hasSecret = true;
-                                  return reader.text(inner, registration.clientSecret);
-                              }
-                              return true;
-                          });
-                      }) &&
-        reader.finish();
-    if (!ok || !hasInstalled || !hasId || !hasSecret || registration.clientId.empty()) {
+    auto file = decodeReply<InstalledRegistration>(json);
+    if (!file.ok() || file->installed.clientId.empty()) {
         return Result<GoogleClientRegistration>::failure("not a Google desktop registration");
     }
-    return registration;
+    return std::move(file->installed);
 }
 
 Result<GoogleToken> GoogleToken::decode(std::string_view json) {
-    ReplyReader reader(json);
-    od::object object;
-    GoogleToken token;
-    bool hasAccess = false, hasExpiry = false;
-    const bool ok =
-        reader.root(object) &&
-        reader.fields(object,
-                      [&](std::string_view key, od::value v) {
-                          if (key == "access_token") {
-                              hasAccess = true;
-                              return reader.text(v, token.accessToken);
-                          }
-                          if (key == "refresh_token") {
-                              return reader.optionalText(v, token.refreshToken);
-                          }
-                          if (key == "expires_in") {
-                              hasExpiry = true;
-                              return !v.get_double().get(token.expiresIn) || reader.fail();
-                          }
-                          return true;
-                      }) &&
-        reader.finish();
-    if (!ok || !hasAccess || !hasExpiry || !std::isfinite(token.expiresIn)) {
-        reader.fail();
-        return Result<GoogleToken>::failure(std::string(reader.error()));
+    auto token = decodeReply<GoogleToken>(json);
+    if (token.ok() && !std::isfinite(token->expiresIn)) {
+        return Result<GoogleToken>::failure(std::string(kUnexpected));
     }
     return token;
 }
 
 Result<GoogleProfile> GoogleProfile::decode(std::string_view json) {
-    ReplyReader reader(json);
-    od::object object;
-    GoogleProfile profile;
-    bool hasId = false, hasEmail = false;
-    const bool ok = reader.root(object) &&
-                    reader.fields(object,
-                                  [&](std::string_view key, od::value v) {
-                                      if (key == "id") {
-                                          hasId = true;
-                                          return reader.text(v, profile.id);
-                                      }
-                                      if (key == "email") {
-                                          hasEmail = true;
-                                          return reader.text(v, profile.email);
-                                      }
-                                      return true;
-                                  }) &&
-                    reader.finish();
-    if (!ok || !hasId || !hasEmail) {
-        reader.fail();
-        return Result<GoogleProfile>::failure(std::string(reader.error()));
-    }
-    return profile;
+    return decodeReply<GoogleProfile>(json);
 }
 
 template <typename Item>
 Result<GooglePage<Item>> GooglePage<Item>::decode(std::string_view json) {
-    ReplyReader reader(json);
-    od::object object;
-    GooglePage page;
-    const bool ok = reader.root(object) &&
-                    reader.fields(object,
-                                  [&](std::string_view key, od::value v) {
-                                      if (key == "nextPageToken") {
-                                          return reader.optionalText(v, page.nextPageToken);
-                                      }
-                                      if (key == "items") {
-                                          if (ReplyReader::isNull(v)) {
-                                              return true;
-                                          }
-                                          od::array array;
-                                          if (v.get_array().get(array)) {
-                                              return reader.fail();
-                                          }
-                                          for (auto element : array) {
-                                              od::value value;
-                                              if (element.get(value)) {
-                                                  return reader.fail();
-                                              }
-                                              Item item;
-                                              if (!reader.item(value, item)) {
-                                                  return false;
-                                              }
-                                              page.items.push_back(std::move(item));
-                                          }
-                                      }
-                                      return true;
-                                  }) &&
-                    reader.finish();
-    if (!ok) {
-        return Result<GooglePage>::failure(std::string(reader.error()));
-    }
-    return page;
+    return decodeReply<GooglePage<Item>>(json);
 }
 
 template struct GooglePage<GoogleCalendarChoice>;
