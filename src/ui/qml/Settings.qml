@@ -77,7 +77,7 @@ Rectangle {
                         anchors.leftMargin: 8
                         text: tab.modelData.title
                         font.pixelSize: 13
-                        color: ListView.isCurrentItem && !Theme.dark ? Theme.ink : Theme.text
+                        color: tab.ListView.isCurrentItem && !Theme.dark ? Theme.ink : Theme.text
                     }
                     MouseArea {
                         anchors.fill: parent
