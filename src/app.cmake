@@ -59,13 +59,21 @@ install(TARGETS daywyn-app RUNTIME DESTINATION ${DAYWYN_APP_INSTALL_DIR})
 # over to daywyn-app, and `transcribe` to daywyn-transcribe (beside it in the build
 # tree, in the folder below once installed, whatever the prefix).
 pkg_check_modules(DAYWYN_SDBUS REQUIRED IMPORTED_TARGET libsystemd)
+# The program is its main (which hands it the wall clock) and daywyn_command_line, which
+# the tests' daywyn-at links with a fixed clock instead.
 file(GLOB DAYWYN_CLI_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/cli/bus/*.cpp)
-add_executable(daywyn ${DAYWYN_CLI_SOURCES})
+list(FILTER DAYWYN_CLI_SOURCES EXCLUDE REGEX "/cli/bus/main\\.cpp$")
+add_library(daywyn_command_line STATIC ${DAYWYN_CLI_SOURCES})
 file(RELATIVE_PATH DAYWYN_LIBEXEC_FROM_BINDIR /prefix/${CMAKE_INSTALL_BINDIR}
     /prefix/${DAYWYN_APP_INSTALL_DIR})
-target_compile_definitions(daywyn PRIVATE DAYWYN_LIBEXEC_FROM_BINDIR="${DAYWYN_LIBEXEC_FROM_BINDIR}")
+target_compile_definitions(daywyn_command_line PRIVATE
+    DAYWYN_LIBEXEC_FROM_BINDIR="${DAYWYN_LIBEXEC_FROM_BINDIR}")
 # sd-bus is loaded with dlopen by the verbs that need it: only its header is used here.
-target_include_directories(daywyn SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
+target_include_directories(daywyn_command_line SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
+target_link_libraries(daywyn_command_line PUBLIC daywyn_core ${CMAKE_DL_LIBS})
+set_target_properties(daywyn_command_line PROPERTIES AUTOMOC OFF)
+daywyn_warnings(daywyn_command_line)
+add_executable(daywyn ${CMAKE_CURRENT_SOURCE_DIR}/cli/bus/main.cpp)
 # A verb is a short process, so its start-up is most of its cost: ICU is linked in
 # statically, and the shared ICU named by daywyn_core is dropped by --as-needed. The C++
 # library stays shared: simdjson (Debian ships it shared only) and the calendar module
@@ -76,7 +84,7 @@ target_include_directories(daywyn SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
 find_library(DAYWYN_ICUI18N_STATIC libicui18n.a REQUIRED)
 find_library(DAYWYN_ICUUC_STATIC libicuuc.a REQUIRED)
 find_library(DAYWYN_ICUDATA_STATIC libicudata.a REQUIRED)
-target_link_libraries(daywyn PRIVATE daywyn_core
+target_link_libraries(daywyn PRIVATE daywyn_command_line daywyn_core
     ${DAYWYN_ICUI18N_STATIC} ${DAYWYN_ICUUC_STATIC} ${DAYWYN_ICUDATA_STATIC} ${CMAKE_DL_LIBS})
 target_link_options(daywyn PRIVATE -no-pie
     -Wl,--as-needed -Wl,-O1 -Wl,--gc-sections)
