@@ -7,7 +7,6 @@ import QtQuick.Layouts
 // the error line and the key hint. Enter adds, Escape closes.
 Rectangle {
     id: root
-    property QtObject capture
     implicitWidth: 560
     implicitHeight: 176
     color: Theme.surface
@@ -17,7 +16,7 @@ Rectangle {
     Accessible.name: "Quick Add"
 
     Connections {
-        target: root.capture
+        target: QuickCapture
         // A draft kept from last time is selected, so typing replaces it instead of
         // running on after it; the chips below always read what the field holds.
         function onFocusRequested() {
@@ -48,10 +47,10 @@ Rectangle {
                 implicitHeight: 32
                 placeholderText: "What do you need to do?"
                 Accessible.name: "What do you need to do?"
-                text: root.capture ? root.capture.draftText : ""
-                onTextEdited: root.capture.draftText = text
-                onAccepted: root.capture.submit()
-                Keys.onEscapePressed: root.capture.dismiss(true)
+                text: QuickCapture.draftText
+                onTextEdited: QuickCapture.draftText = text
+                onAccepted: QuickCapture.submit()
+                Keys.onEscapePressed: QuickCapture.dismiss(true)
                 property var chips: Today.previewQuickAdd(text)
             }
             // Opens voice capture in its own window; Quick Add steps aside for it.
@@ -67,7 +66,7 @@ Rectangle {
                     Accessible.name: "Speak a task list and review before saving"
                     Accessible.description: "Opens voice capture. Recording starts only when you press the microphone there."
                     onClicked: {
-                        root.capture.dismiss(false)
+                        QuickCapture.dismiss(false)
                         VoiceReview.present()
                     }
                 }
@@ -93,13 +92,13 @@ Rectangle {
 
         RowLayout {
             Layout.fillWidth: true
-            visible: root.capture && root.capture.captureError !== ""
+            visible: QuickCapture.captureError !== ""
             spacing: 6
             Text { text: "\u26A0"; color: Theme.coral; font.pixelSize: 13 }
             Text {
                 objectName: "quickAddError"
                 Layout.fillWidth: true
-                text: root.capture ? root.capture.captureError : ""
+                text: QuickCapture.captureError
                 color: Theme.text
                 font.pixelSize: 12
                 wrapMode: Text.WordWrap
