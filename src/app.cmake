@@ -34,8 +34,10 @@ target_include_directories(daywyn_app PUBLIC ${CMAKE_CURRENT_BINARY_DIR})
 target_link_libraries(daywyn_app PUBLIC daywyn_core daywyn_sync_net daywyn_sync_ical
     Qt6::Core Qt6::Gui Qt6::DBus Qt6::Multimedia Qt6::Qml Qt6::Quick Qt6::QuickControls2 Qt6::Widgets)
 target_compile_definitions(daywyn_app PUBLIC QT_NO_KEYWORDS)
-# Voice capture's recogniser (see daywyn_speech in CMakeLists.txt).
-target_link_libraries(daywyn_app PUBLIC daywyn_speech)
+# Voice capture's recogniser: where the model is, linked; the decoder (pocketsphinx, with
+# BLAS, LAPACK and Fortran's runtime) in daywyn-speech.so, beside daywyn-app, loaded when
+# voice capture first needs it.
+target_link_libraries(daywyn_app PUBLIC daywyn_speech_model)
 daywyn_warnings(daywyn_app)
 
 # The global shortcut and focus hand-back talk to the X server over Qt's xcb connection.
@@ -189,15 +191,24 @@ endforeach()
 
 # System calendars: Evolution Data Server through libecal, and folders of .ics files
 # through libical (src/calendar/system/, wrapped for Qt in src/calendar/qt/).
-target_link_libraries(daywyn_app PUBLIC daywyn_system_calendars PkgConfig::DAYWYN_CALENDARS)
+target_link_libraries(daywyn_app PUBLIC daywyn_system_calendars PkgConfig::DAYWYN_ICS)
 
-# The command line's system calendars, loaded by `today` and `calendars` only: libecal
-# alone costs a process start about 0.1 s. Beside daywyn-app, in the build tree and once
-# installed.
+# The system calendars as a module: the command line loads it for `today` and
+# `calendars` only, the app when it first reads Evolution's calendars; libecal alone costs
+# a process start about 0.1 s. Beside daywyn-app, in the build tree and once installed.
 add_library(daywyn-calendars MODULE ${CMAKE_CURRENT_SOURCE_DIR}/cli/calendars/SystemCalendarsModule.cpp)
 set_target_properties(daywyn-calendars PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden
     LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
-target_link_libraries(daywyn-calendars PRIVATE daywyn_system_calendars)
+target_link_libraries(daywyn-calendars PRIVATE daywyn_system_calendars daywyn_eds_calendars)
+# The speech decoder as a module (see daywyn_speech_model above).
+add_library(daywyn-speech MODULE ${CMAKE_CURRENT_SOURCE_DIR}/voice/module/SpeechDecoderModule.cpp)
+set_target_properties(daywyn-speech PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+target_link_libraries(daywyn-speech PRIVATE daywyn_speech)
+target_link_options(daywyn-speech PRIVATE -Wl,--exclude-libs,ALL -Wl,-z,defs)
+daywyn_warnings(daywyn-speech)
+install(TARGETS daywyn-speech LIBRARY DESTINATION ${DAYWYN_APP_INSTALL_DIR})
+add_dependencies(daywyn-app daywyn-calendars daywyn-speech)
 target_link_options(daywyn-calendars PRIVATE -Wl,--exclude-libs,ALL -Wl,-z,defs)
 daywyn_warnings(daywyn-calendars)
 add_dependencies(daywyn daywyn-calendars)
