@@ -165,6 +165,7 @@ bool QuickCaptureController::ensurePanel() {
     view->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     view->setTitle(QStringLiteral("Quick Add"));
     view->setResizeMode(QQuickView::SizeRootObjectToView);
+    view->setInitialProperties({{QStringLiteral("capture"), QVariant::fromValue(this)}});
     view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Daywyn/QuickAddPanel.qml")));
     if (view->status() != QQuickView::Ready) {
         delete view;

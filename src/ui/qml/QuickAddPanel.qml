@@ -7,6 +7,7 @@ import QtQuick.Layouts
 // the error line and the key hint. Enter adds, Escape closes.
 Rectangle {
     id: root
+    property QuickCapture capture
     implicitWidth: 560
     implicitHeight: 176
     color: Theme.surface
@@ -16,7 +17,7 @@ Rectangle {
     Accessible.name: "Quick Add"
 
     Connections {
-        target: QuickCapture
+        target: root.capture
         // A draft kept from last time is selected, so typing replaces it instead of
         // running on after it; the chips below always read what the field holds.
         function onFocusRequested() {
@@ -47,10 +48,10 @@ Rectangle {
                 implicitHeight: 32
                 placeholderText: "What do you need to do?"
                 Accessible.name: "What do you need to do?"
-                text: QuickCapture.draftText
-                onTextEdited: QuickCapture.draftText = text
-                onAccepted: QuickCapture.submit()
-                Keys.onEscapePressed: QuickCapture.dismiss(true)
+                text: root.capture ? root.capture.draftText : ""
+                onTextEdited: root.capture.draftText = text
+                onAccepted: root.capture.submit()
+                Keys.onEscapePressed: root.capture.dismiss(true)
                 property var chips: Today.previewQuickAdd(text)
             }
             // Opens voice capture in its own window; Quick Add steps aside for it.
@@ -66,7 +67,7 @@ Rectangle {
                     Accessible.name: "Speak a task list and review before saving"
                     Accessible.description: "Opens voice capture. Recording starts only when you press the microphone there."
                     onClicked: {
-                        QuickCapture.dismiss(false)
+                        root.capture.dismiss(false)
                         VoiceReview.present()
                     }
                 }
@@ -92,13 +93,13 @@ Rectangle {
 
         RowLayout {
             Layout.fillWidth: true
-            visible: QuickCapture.captureError !== ""
+            visible: root.capture && root.capture.captureError !== ""
             spacing: 6
             Text { text: "\u26A0"; color: Theme.coral; font.pixelSize: 13 }
             Text {
                 objectName: "quickAddError"
                 Layout.fillWidth: true
-                text: QuickCapture.captureError
+                text: root.capture ? root.capture.captureError : ""
                 color: Theme.text
                 font.pixelSize: 12
                 wrapMode: Text.WordWrap
