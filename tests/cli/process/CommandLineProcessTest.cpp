@@ -296,6 +296,25 @@ TEST_F(DaywynCommand, TheProgramLoadsNeitherQtNorTheSpeechRecogniser) {
     EXPECT_EQ(libraries.out.find("libecal"), std::string::npos) << libraries.out;
 }
 
+// The desktop app maps Evolution's libraries and the speech recogniser only when it
+// first reads the desktop's calendars or decodes speech: both come as modules beside it.
+TEST_F(DaywynCommand, TheDesktopAppLoadsNeitherEvolutionNorTheRecogniserAtStart) {
+    const auto libraries = test::runProcess({"/usr/bin/ldd", DAYWYN_APP_PATH});
+    ASSERT_EQ(libraries.status, 0) << libraries.err;
+    EXPECT_NE(libraries.out.find("libQt6Quick"), std::string::npos) << libraries.out;
+    for (const char* heavy : {"libecal", "libedataserver", "libcamel", "libsoup", "libpocketsphinx",
+                              "libsphinxbase", "liblapack", "libblas", "libgfortran"}) {
+        EXPECT_EQ(libraries.out.find(heavy), std::string::npos) << heavy << " in\n"
+                                                                << libraries.out;
+    }
+    const std::string folderOfApp = fs::path(DAYWYN_APP_PATH).parent_path().string();
+    for (const char* module : {"/daywyn-calendars.so", "/daywyn-speech.so"}) {
+        const auto needs = test::runProcess({"/usr/bin/ldd", folderOfApp + module});
+        ASSERT_EQ(needs.status, 0) << module << ": " << needs.err;
+        EXPECT_EQ(needs.out.find("not found"), std::string::npos) << needs.out;
+    }
+}
+
 TEST_F(DaywynCommand, CalendarVerbsReadTheFolderOfCalendarFilesThroughTheModule) {
     fs::create_directories(folder + "/calendars");
     fs::copy_file(std::string(DAYWYN_TEST_DATA_DIR) + "/calendar/weekly.ics",
