@@ -3,8 +3,8 @@
 
 Usage: check-qml.py <build folder>. Builds the module's qmllint target (Qt's own
 command line: the module's qmldir and type information, the resources) and sorts
-its warnings by kind. Every kind fails the check except the few listed in
-NOT_YET_CLEAN, which are counted and printed so that their number is seen to fall;
+its warnings by kind. Every kind fails the check except those listed in
+NOT_YET_CLEAN, each up to the number given there, printed so that it is seen to fall;
 a kind leaves that list once its last warning is gone."""
 import collections
 import pathlib
@@ -12,22 +12,16 @@ import re
 import subprocess
 import sys
 
-# Kinds that still have warnings in the screens, with why they are not fixed yet.
+# The one kind that still has warnings in the screens, with how many there may be and
+# why: more fails the check, and the number is lowered as they go.
 NOT_YET_CLEAN = {
-    # A delegate or a loaded component reading an id of the file around it, and the
-    # StandardKey enumeration of Shortcut: Qt 6.4 cannot bind a component to its
-    # surroundings. Any other unqualified name (a model role, a property of the root
-    # read from a child) fails.
-    "Unqualified access to an enclosing id",
-    # Members reached through a property typed only QObject or QQuickItem: the
-    # controller handed to the Quick Add panel and the welcome window, and the
-    # drawer list's current cell.
-    "Property not found on type",
-    # Connections targeting a list model: Qt 6.4 declares QAbstractListModel outside
-    # the modules the screens import.
-    "Cannot assign binding of type",
-    # An id inside a Control's contentItem.
-    "Cannot defer property assignment",
+    # A delegate or a component of a Loader reading an id of the file around it (the
+    # drawer's rows, the sessions and events lists, the settings page list, the Google
+    # calendars), and the StandardKey enumeration of Shortcut. qmllint 6.4 cannot be
+    # told that a component stays bound to its surroundings (the ComponentBehavior pragma
+    # came later), nor does it resolve StandardKey. Any other unqualified name (a model
+    # role, a property of the root read from a child) fails.
+    "Unqualified access to an enclosing id": 31,
 }
 WARNING = re.compile(r"^Warning: (\S+?):(\d+):(\d+): (.*)$")
 
@@ -78,12 +72,17 @@ def main() -> int:
         counts[found] += 1
         if found not in NOT_YET_CLEAN:
             gated.append(line)
+    for name, allowed in NOT_YET_CLEAN.items():
+        if counts[name] > allowed:
+            gated.append(f"{counts[name]} warnings of the kind '{name}', where {allowed} "
+                         "are allowed (cmake --build BUILD --target daywyn_app_qmllint lists them).")
     if not counts and run.returncode != 0:
         print(output)
         print("qmllint did not run over the screens.")
         return 1
     for name, count in sorted(counts.items(), key=lambda item: -item[1]):
-        state = "not yet clean" if name in NOT_YET_CLEAN else "FAILS"
+        state = (f"not yet clean, at most {NOT_YET_CLEAN[name]}" if name in NOT_YET_CLEAN
+                 else "FAILS")
         print(f"{count:5d}  {name} ({state})")
     for line in gated:
         print(line)

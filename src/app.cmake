@@ -34,8 +34,10 @@ target_include_directories(daywyn_app PUBLIC ${CMAKE_CURRENT_BINARY_DIR})
 target_link_libraries(daywyn_app PUBLIC daywyn_core daywyn_sync_net daywyn_sync_ical
     Qt6::Core Qt6::Gui Qt6::DBus Qt6::Multimedia Qt6::Qml Qt6::Quick Qt6::QuickControls2 Qt6::Widgets)
 target_compile_definitions(daywyn_app PUBLIC QT_NO_KEYWORDS)
-# Voice capture's recogniser (see daywyn_speech in CMakeLists.txt).
-target_link_libraries(daywyn_app PUBLIC daywyn_speech)
+# Voice capture's recogniser: where the model is, linked; the decoder (pocketsphinx, with
+# BLAS, LAPACK and Fortran's runtime) in daywyn-speech.so, beside daywyn-app, loaded when
+# voice capture first needs it.
+target_link_libraries(daywyn_app PUBLIC daywyn_speech_model)
 daywyn_warnings(daywyn_app)
 
 # The global shortcut and focus hand-back talk to the X server over Qt's xcb connection.
@@ -59,13 +61,21 @@ install(TARGETS daywyn-app RUNTIME DESTINATION ${DAYWYN_APP_INSTALL_DIR})
 # over to daywyn-app, and `transcribe` to daywyn-transcribe (beside it in the build
 # tree, in the folder below once installed, whatever the prefix).
 pkg_check_modules(DAYWYN_SDBUS REQUIRED IMPORTED_TARGET libsystemd)
+# The program is its main (which hands it the wall clock) and daywyn_command_line, which
+# the tests' daywyn-at links with a fixed clock instead.
 file(GLOB DAYWYN_CLI_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/cli/bus/*.cpp)
-add_executable(daywyn ${DAYWYN_CLI_SOURCES})
+list(FILTER DAYWYN_CLI_SOURCES EXCLUDE REGEX "/cli/bus/main\\.cpp$")
+add_library(daywyn_command_line STATIC ${DAYWYN_CLI_SOURCES})
 file(RELATIVE_PATH DAYWYN_LIBEXEC_FROM_BINDIR /prefix/${CMAKE_INSTALL_BINDIR}
     /prefix/${DAYWYN_APP_INSTALL_DIR})
-target_compile_definitions(daywyn PRIVATE DAYWYN_LIBEXEC_FROM_BINDIR="${DAYWYN_LIBEXEC_FROM_BINDIR}")
+target_compile_definitions(daywyn_command_line PRIVATE
+    DAYWYN_LIBEXEC_FROM_BINDIR="${DAYWYN_LIBEXEC_FROM_BINDIR}")
 # sd-bus is loaded with dlopen by the verbs that need it: only its header is used here.
-target_include_directories(daywyn SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
+target_include_directories(daywyn_command_line SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
+target_link_libraries(daywyn_command_line PUBLIC daywyn_core ${CMAKE_DL_LIBS})
+set_target_properties(daywyn_command_line PROPERTIES AUTOMOC OFF)
+daywyn_warnings(daywyn_command_line)
+add_executable(daywyn ${CMAKE_CURRENT_SOURCE_DIR}/cli/bus/main.cpp)
 # A verb is a short process, so its start-up is most of its cost: ICU is linked in
 # statically, and the shared ICU named by daywyn_core is dropped by --as-needed. The C++
 # library stays shared: simdjson (Debian ships it shared only) and the calendar module
@@ -76,7 +86,7 @@ target_include_directories(daywyn SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
 find_library(DAYWYN_ICUI18N_STATIC libicui18n.a REQUIRED)
 find_library(DAYWYN_ICUUC_STATIC libicuuc.a REQUIRED)
 find_library(DAYWYN_ICUDATA_STATIC libicudata.a REQUIRED)
-target_link_libraries(daywyn PRIVATE daywyn_core
+target_link_libraries(daywyn PRIVATE daywyn_command_line daywyn_core
     ${DAYWYN_ICUI18N_STATIC} ${DAYWYN_ICUUC_STATIC} ${DAYWYN_ICUDATA_STATIC} ${CMAKE_DL_LIBS})
 target_link_options(daywyn PRIVATE -no-pie
     -Wl,--as-needed -Wl,-O1 -Wl,--gc-sections)
@@ -181,15 +191,24 @@ endforeach()
 
 # System calendars: Evolution Data Server through libecal, and folders of .ics files
 # through libical (src/calendar/system/, wrapped for Qt in src/calendar/qt/).
-target_link_libraries(daywyn_app PUBLIC daywyn_system_calendars PkgConfig::DAYWYN_CALENDARS)
+target_link_libraries(daywyn_app PUBLIC daywyn_system_calendars PkgConfig::DAYWYN_ICS)
 
-# The command line's system calendars, loaded by `today` and `calendars` only: libecal
-# alone costs a process start about 0.1 s. Beside daywyn-app, in the build tree and once
-# installed.
+# The system calendars as a module: the command line loads it for `today` and
+# `calendars` only, the app when it first reads Evolution's calendars; libecal alone costs
+# a process start about 0.1 s. Beside daywyn-app, in the build tree and once installed.
 add_library(daywyn-calendars MODULE ${CMAKE_CURRENT_SOURCE_DIR}/cli/calendars/SystemCalendarsModule.cpp)
 set_target_properties(daywyn-calendars PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden
     LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
-target_link_libraries(daywyn-calendars PRIVATE daywyn_system_calendars)
+target_link_libraries(daywyn-calendars PRIVATE daywyn_system_calendars daywyn_eds_calendars)
+# The speech decoder as a module (see daywyn_speech_model above).
+add_library(daywyn-speech MODULE ${CMAKE_CURRENT_SOURCE_DIR}/voice/module/SpeechDecoderModule.cpp)
+set_target_properties(daywyn-speech PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+target_link_libraries(daywyn-speech PRIVATE daywyn_speech)
+target_link_options(daywyn-speech PRIVATE -Wl,--exclude-libs,ALL -Wl,-z,defs)
+daywyn_warnings(daywyn-speech)
+install(TARGETS daywyn-speech LIBRARY DESTINATION ${DAYWYN_APP_INSTALL_DIR})
+add_dependencies(daywyn-app daywyn-calendars daywyn-speech)
 target_link_options(daywyn-calendars PRIVATE -Wl,--exclude-libs,ALL -Wl,-z,defs)
 daywyn_warnings(daywyn-calendars)
 add_dependencies(daywyn daywyn-calendars)

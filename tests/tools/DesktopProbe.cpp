@@ -2,7 +2,8 @@
 // start-up scripts need and the shipped program must not carry. Built with the tests
 // only. Usage:
 //   daywyn-probe --exit-when-ready         leave after the drawer's first frame and say
-//                                          how long that took
+//                                          how long that took; give up with status 3
+//                                          when no frame came within a minute
 //   daywyn-probe --screenshot PATH.png     save the drawer (and PATH-end.png, scrolled to
 //                                          its end, and PATH-screen.png) and leave
 //   daywyn-probe --settings-screenshots DIR
@@ -10,6 +11,7 @@
 //                                          welcome window into DIR and leave
 #include <cstdio>
 #include <cstring>
+#include <sys/resource.h>
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -18,6 +20,7 @@
 #include <QQuickView>
 #include <QScreen>
 #include <QString>
+#include <QTimer>
 
 #include "app/qt/AppEnvironment.h"
 #include "app/qt/DesktopApp.h"
@@ -52,6 +55,10 @@ bool saveScreenshots(QQuickView& window, const QString& path) {
     }
     return true;
 }
+
+// However the desktop misbehaves (no window manager, a frame that never comes), a
+// measurement must end: after this long the probe says so and leaves.
+constexpr int readyTimeoutMilliseconds = 60'000;
 
 int usage() {
     std::fprintf(stderr, "Usage: daywyn-probe --exit-when-ready | --screenshot PATH.png | "
@@ -92,10 +99,23 @@ int main(int argc, char** argv) {
                 return;
             }
             if (exitWhenReady) {
-                std::fprintf(stderr, "Drawer ready after %lld ms.\n",
-                             static_cast<long long>(sinceLaunch.elapsed()));
+                // CPU time of every thread since the program was started, loading its
+                // libraries included; the wall time counts from main.
+                rusage used{};
+                ::getrusage(RUSAGE_SELF, &used);
+                const auto ms = [](const timeval& t) {
+                    return static_cast<long long>(t.tv_sec) * 1000 + t.tv_usec / 1000;
+                };
+                std::fprintf(stderr, "Drawer ready after %lld ms, %lld ms CPU.\n",
+                             static_cast<long long>(sinceLaunch.elapsed()),
+                             ms(used.ru_utime) + ms(used.ru_stime));
             }
             QCoreApplication::exit(0);
+        });
+        QTimer::singleShot(readyTimeoutMilliseconds, &drawer, [] {
+            std::fprintf(stderr, "The drawer showed no frame within %d s; giving up.\n",
+                         readyTimeoutMilliseconds / 1000);
+            QCoreApplication::exit(3);
         });
     }
     app.start(false);

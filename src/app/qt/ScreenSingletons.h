@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractItemModel>
 #include <QObject>
 #include <QQmlEngine>
 
@@ -14,6 +15,7 @@
 #include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/SystemSettingsNavigator.h"
 #include "ui/qt/CompletedHistoryModel.h"
+#include "ui/qt/OnboardingWindow.h"
 #include "ui/qt/SessionHistoryModel.h"
 #include "ui/qt/SettingsModel.h"
 #include "ui/qt/TaskEditor.h"
@@ -242,6 +244,23 @@ public:
     static AppEnvironment* create(QQmlEngine* engine, QJSEngine*) {
         return ScreenEngine::part(engine, &ScreenServices::app);
     }
+};
+
+// The welcome window, handed to its screen as the typed property `onboarding`.
+struct OnboardingWindowType {
+    Q_GADGET
+    QML_FOREIGN(daywyn::OnboardingWindow)
+    QML_NAMED_ELEMENT(OnboardingWindow)
+    QML_UNCREATABLE("The welcome window is made by the app.")
+};
+
+// Qt 6.4's modules name QAbstractListModel but declare its base nowhere the screens
+// import, so the models' chain of types stopped short of QObject and a Connections could
+// not be checked against one. Declared here, the chain is whole.
+struct AbstractItemModelType {
+    Q_GADGET
+    QML_FOREIGN(QAbstractItemModel)
+    QML_ANONYMOUS
 };
 
 } // namespace daywyn::screens

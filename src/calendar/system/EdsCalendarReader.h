@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "base/Calendar.h"
-#include "calendar/CalendarSource.h"
+#include "calendar/CalendarServiceReader.h"
 
 namespace daywyn {
 
@@ -18,28 +18,24 @@ namespace daywyn {
 // Every call blocks the calling thread, and the registry's and views' signals are
 // dispatched in the GLib context that is that thread's default: call it from one thread
 // only (the app's calendar thread, or the command line's only thread).
-class EdsCalendarReader {
+class EdsCalendarReader final : public CalendarServiceReader {
 public:
-    // Waiting for a calendar's backend to come online: forever (a network calendar is
-    // worth waiting for on a worker) or a bound in seconds.
-    static constexpr std::uint32_t kWaitForever = static_cast<std::uint32_t>(-1);
-
     // `watch`: keep a view on each calendar read, so that changed events call the change
     // handler (a one-off read has no use for it).
     EdsCalendarReader(Calendar calendar, bool watch, std::uint32_t connectWaitSeconds);
-    ~EdsCalendarReader();
+    ~EdsCalendarReader() override;
     EdsCalendarReader(const EdsCalendarReader&) = delete;
     EdsCalendarReader& operator=(const EdsCalendarReader&) = delete;
 
-    CalendarSnapshot read(const CalendarQuery& query);
+    CalendarSnapshot read(const CalendarQuery& query) override;
 
     // Called (on the reading thread's context) when calendars are added, removed or
     // changed, and, when watching, when events of a calendar read change.
-    void setChangeHandler(std::function<void()> onChange);
+    void setChangeHandler(std::function<void()> onChange) override;
 
     // Ends a read that is waiting on the service, and every later one, with what was
     // gathered so far. Safe from any thread.
-    void cancel();
+    void cancel() override;
 
 private:
     struct Impl;

@@ -33,17 +33,6 @@ namespace daywyn {
 
 namespace {
 
-Instant currentInstant() {
-    // DAYWYN_NOW fixes the clock for the command-line tests ("2026-03-04T08:15:00Z").
-    if (const char* fixed = std::getenv("DAYWYN_NOW")) {
-        if (auto at = parseIsoText(fixed)) {
-            return *at;
-        }
-    }
-    const auto since = std::chrono::system_clock::now().time_since_epoch();
-    return Instant{std::chrono::duration<double>(since).count()};
-}
-
 // How long the running app may take to answer a handed-over verb. DAYWYN_BUS_TIMEOUT_MS
 // shortens it for the tests of an app that never answers.
 std::uint64_t answerTimeoutMicroseconds() {
@@ -373,15 +362,12 @@ void useHugePagesForTheHeap() {
 }
 
 // The state file's repository; null (the reason printed) when there is no data folder.
-std::unique_ptr<JSONTaskRepository> stateRepository() {
+std::unique_ptr<JSONTaskRepository> stateRepository(const Clock& clock) {
     auto path = JSONTaskRepository::defaultFilePath();
     if (!path) {
         std::fprintf(stderr, "%s\n", path.error().c_str());
         return nullptr;
     }
-    const Clock clock = [] {
-        return currentInstant();
-    };
     return std::make_unique<JSONTaskRepository>(path.value(), std::make_shared<PosixFileSystem>(),
                                                 clock, clock);
 }
@@ -389,8 +375,9 @@ std::unique_ptr<JSONTaskRepository> stateRepository() {
 // Runs the verb in this process. `repository` is the state file's (null for a verb
 // that needs no store), holding the writer lock for a writing verb; `locked` says why
 // a writing verb could not have it.
-int runHere(VerbLine& line, std::unique_ptr<JSONTaskRepository> repository, const Status& locked) {
-    const Instant now = currentInstant();
+int runHere(VerbLine& line, std::unique_ptr<JSONTaskRepository> repository, const Status& locked,
+            const Clock& clock) {
+    const Instant now = clock();
     const Calendar calendar;
     if (auto refused = prepareCommand(line, now, calendar)) {
         return print(*refused);
@@ -446,7 +433,12 @@ std::string helperProgramPath(const std::string& name) {
     return {};
 }
 
-int runCommandLine(const std::vector<std::string>& given) {
+Instant systemClock() {
+    const auto since = std::chrono::system_clock::now().time_since_epoch();
+    return Instant{std::chrono::duration<double>(since).count()};
+}
+
+int runCommandLine(const std::vector<std::string>& given, const Clock& clock) {
     if (given.empty()) {
         return 2;
     }
@@ -488,9 +480,9 @@ int runCommandLine(const std::vector<std::string>& given) {
                 return print(runInApp(bus.get(), args, false));
             }
         }
-        return runHere(parsed.line, nullptr, {});
+        return runHere(parsed.line, nullptr, {}, clock);
     }
-    auto repository = stateRepository();
+    auto repository = stateRepository(clock);
     if (!repository) {
         return 1;
     }
@@ -507,7 +499,7 @@ int runCommandLine(const std::vector<std::string>& given) {
         }
     }
     useHugePagesForTheHeap();
-    return runHere(parsed.line, std::move(repository), locked);
+    return runHere(parsed.line, std::move(repository), locked, clock);
 }
 
 } // namespace daywyn

@@ -29,5 +29,6 @@ int main(int argc, char** argv) {
     if (argc < 2) {
         return startDesktopApp(argv);
     }
-    return daywyn::runCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+    return daywyn::runCommandLine(std::vector<std::string>(argv + 1, argv + argc),
+                                  daywyn::systemClock);
 }

@@ -1,6 +1,7 @@
-// daywyn-calendars.so: the system calendars for the light daywyn program. Evolution Data
-// Server's libraries take longer to load than most verbs take to run, so only `today`
-// (with calendar events on) and `calendars` load this module, with dlopen.
+// daywyn-calendars.so: the system calendars, loaded with dlopen. Evolution Data Server's
+// libraries take longer to load than most verbs take to run, so only `today` (with
+// calendar events on) and `calendars` load this module; the desktop app loads it for
+// Evolution's reader when it first reads the desktop's calendars.
 #include "calendar/CombinedCalendarSource.h"
 #include "calendar/system/EdsCalendarReader.h"
 #include "calendar/system/IcsFolderReader.h"
@@ -16,4 +17,12 @@ daywynReadSystemCalendars(const daywyn::CalendarQuery& query, const daywyn::Cale
     IcsFolderReader files(IcsFolderReader::defaultFolder(), calendar);
     EdsCalendarReader evolution(calendar, false, kConnectWaitSeconds);
     snapshot = CombinedCalendarSource::combined({evolution.read(query), files.read(query)});
+}
+
+// Evolution's calendars for the app: a reader it keeps and calls on its calendar thread.
+// `connectWaitSeconds` as EdsCalendarReader takes it.
+extern "C" __attribute__((visibility("default"))) daywyn::CalendarServiceReader*
+daywynOpenEvolutionCalendars(const daywyn::Calendar& calendar, bool watch,
+                             std::uint32_t connectWaitSeconds) {
+    return new daywyn::EdsCalendarReader(calendar, watch, connectWaitSeconds);
 }

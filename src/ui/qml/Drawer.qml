@@ -303,7 +303,11 @@ Rectangle {
             Keys.onReturnPressed: if (currentTaskId) root.openEditor(currentTaskId)
             Keys.onEnterPressed: if (currentTaskId) root.openEditor(currentTaskId)
             Keys.onDeletePressed: if (currentTaskId) Today.deleteTask(currentTaskId)
-            Keys.onMenuPressed: if (currentItem && currentItem.item && currentItem.item.openMenu) currentItem.item.openMenu()
+            Keys.onMenuPressed: {
+                const cell = currentItem as Loader
+                const row = cell ? cell.item as TaskRow : null
+                if (row) row.openMenu()
+            }
 
             delegate: Loader {
                 id: cell

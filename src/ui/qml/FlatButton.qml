@@ -9,11 +9,10 @@ AbstractButton {
     property color fill: "transparent"
     property bool primary: false
     implicitHeight: 28
-    implicitWidth: Math.max(28, label.implicitWidth + 16)
+    implicitWidth: Math.max(28, implicitContentWidth + 16)
     focusPolicy: Qt.StrongFocus
     Accessible.name: text
     contentItem: Text {
-        id: label
         text: control.text
         font.pixelSize: 13
         font.weight: control.primary ? Font.DemiBold : Font.Normal

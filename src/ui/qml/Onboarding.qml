@@ -7,7 +7,7 @@ import QtQuick.Layouts
 // Enter or Next moves on; Back returns; finishing records that onboarding ran.
 Rectangle {
     id: root
-    property QtObject onboarding
+    property OnboardingWindow onboarding
     property int step: 0
     readonly property int lastStep: 2
     implicitWidth: 620

@@ -7,7 +7,7 @@ import QtQuick.Layouts
 // the error line and the key hint. Enter adds, Escape closes.
 Rectangle {
     id: root
-    property QtObject capture
+    property QuickCapture capture
     implicitWidth: 560
     implicitHeight: 176
     color: Theme.surface

@@ -67,7 +67,7 @@ Rectangle {
                     height: 32
                     radius: 8
                     color: ListView.isCurrentItem ? Theme.selection : "transparent"
-                    border.width: ListView.isCurrentItem && pageList.activeFocus ? 2 : 0
+                    border.width: ListView.isCurrentItem && ListView.view.activeFocus ? 2 : 0
                     border.color: Theme.focusRing
                     Accessible.role: Accessible.PageTab
                     Accessible.name: modelData.title
@@ -81,7 +81,7 @@ Rectangle {
                     }
                     MouseArea {
                         anchors.fill: parent
-                        onClicked: { pageList.currentIndex = tab.index; pageList.forceActiveFocus() }
+                        onClicked: { tab.ListView.view.currentIndex = tab.index; tab.ListView.view.forceActiveFocus() }
                     }
                 }
             }

@@ -182,10 +182,12 @@ Rectangle {
             visible: !row.isComplete
             Layout.alignment: Qt.AlignVCenter
             implicitHeight: 28
-            implicitWidth: row.isRunning ? Math.max(64, clockLabel.implicitWidth + 34) : 28
+            implicitWidth: row.isRunning ? Math.max(64, Math.ceil(clockWidth.advanceWidth) + 34) : 28
             focusPolicy: Qt.NoFocus
             Accessible.name: row.isRunning ? "Stop timer for " + row.title : "Start timer for " + row.title
             onClicked: Today.toggleTimer(row.taskId)
+            // The running clock's width, measured outside the button's content.
+            TextMetrics { id: clockWidth; text: row.clock; font.pixelSize: 12; font.weight: Font.DemiBold }
             background: Rectangle {
                 radius: 8
                 color: row.isRunning ? Theme.coral : (timerButton.hovered ? Theme.raised : "transparent")
@@ -205,7 +207,6 @@ Rectangle {
                         Rectangle { width: 3; height: 11; color: Theme.ink }
                     }
                     Text {
-                        id: clockLabel
                         visible: row.isRunning
                         text: row.clock
                         font.pixelSize: 12

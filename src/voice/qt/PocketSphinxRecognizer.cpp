@@ -3,9 +3,35 @@
 #include <QMetaObject>
 #include <QPointer>
 
+#include "base/HelperModule.h"
 #include "voice/PauseMarkers.h"
+#include "voice/SpeechDecoder.h"
 
 namespace daywyn {
+
+namespace {
+
+// The decoder from daywyn-speech.so, loaded with it on first use; null, with `failure`
+// set, when the module or the model cannot be loaded.
+std::unique_ptr<SpeechDecoder> openDecoder(const SpeechModel& model,
+                                           std::optional<std::string>& failure) {
+    using Open = SpeechDecoder* (*)(const SpeechModel&, std::string&);
+    std::string why;
+    void* module = openHelperModule("daywyn-speech.so", why);
+    auto open = reinterpret_cast<Open>(helperModuleFunction(module, "daywynOpenSpeechDecoder"));
+    if (open == nullptr) {
+        failure = "Daywyn could not load its speech recogniser (" +
+                  (module != nullptr ? std::string("daywyn-speech.so is incomplete") : why) + ").";
+        return nullptr;
+    }
+    std::unique_ptr<SpeechDecoder> decoder(open(model, why));
+    if (!decoder) {
+        failure = why;
+    }
+    return decoder;
+}
+
+} // namespace
 
 // Lives on the recogniser's thread and owns the decoder there: pocketsphinx is not
 // thread-safe, so every call into it happens on this one thread.
@@ -19,12 +45,7 @@ public:
 
     std::optional<std::string> load() {
         if (!decoder_ && !loadFailure_) {
-            auto opened = PocketSphinxDecoder::open(model_);
-            if (opened) {
-                decoder_ = std::move(opened.value());
-            } else {
-                loadFailure_ = opened.error();
-            }
+            decoder_ = openDecoder(model_, loadFailure_);
         }
         return loadFailure_;
     }
@@ -102,7 +123,7 @@ private:
     SpeechModel model_;
     PocketSphinxRecognizer* owner_;
     std::shared_ptr<std::atomic<std::uint64_t>> active_;
-    std::unique_ptr<PocketSphinxDecoder> decoder_;
+    std::unique_ptr<SpeechDecoder> decoder_;
     std::optional<std::string> loadFailure_;
     std::uint64_t current_ = 0;
     std::string lastPartial_;

@@ -7,7 +7,7 @@
 #include <QThread>
 
 #include "voice/SpeechRecognizer.h"
-#include "voice/sphinx/PocketSphinxDecoder.h"
+#include "voice/sphinx/SpeechModel.h"
 
 namespace daywyn {
 

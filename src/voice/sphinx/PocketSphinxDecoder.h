@@ -8,52 +8,36 @@
 #include <vector>
 
 #include "base/Result.h"
+#include "voice/SpeechDecoder.h"
 #include "voice/TranscriptSegment.h"
+#include "voice/sphinx/SpeechModel.h"
 
 namespace daywyn {
-
-// Where the US English speech model and our task-phrase language model live.
-struct SpeechModel {
-    std::string acousticModel;     // folder with mdef, means, …
-    std::string dictionary;        // pronunciations
-    std::string languageModel;     // the generic model (en-us.lm.bin)
-    std::string taskLanguageModel; // ARPA text; empty: the generic model alone
-    // Share of the task model in the mixture with the generic one (0 … 1).
-    float taskWeight = 0.7F;
-    // Further decoder options ("-beam", "1e-40", …), after ours.
-    std::vector<std::string> options;
-
-    // The installed model: $DAYWYN_SPEECH_MODEL_DIR or Debian's pocketsphinx-en-us
-    // folder, with the task model found beside the program (or $DAYWYN_TASK_LM).
-    static SpeechModel installed();
-    // Whether the acoustic model, dictionary and generic language model exist.
-    bool isInstalled() const;
-};
 
 // One pocketsphinx decoder: not thread-safe, meant to live on one worker thread. It
 // hears 16 kHz mono 16-bit audio and gives the best hypothesis so far while audio
 // arrives and timed words at the end; silence keeps its length, so pauses survive.
-class PocketSphinxDecoder {
+class PocketSphinxDecoder final : public SpeechDecoder {
 public:
     static constexpr int sampleRate = 16000;
     static constexpr std::size_t chunkSamples = 1024;
 
     // Loads the model (about a second); the failure as a sentence.
     static Result<std::unique_ptr<PocketSphinxDecoder>> open(const SpeechModel& model);
-    ~PocketSphinxDecoder();
+    ~PocketSphinxDecoder() override;
     PocketSphinxDecoder(const PocketSphinxDecoder&) = delete;
     PocketSphinxDecoder& operator=(const PocketSphinxDecoder&) = delete;
 
-    void startUtterance();
+    void startUtterance() override;
     // Decodes more audio of the current utterance.
-    void process(std::span<const std::int16_t> samples);
+    void process(std::span<const std::int16_t> samples) override;
     // The words heard so far, fillers dropped, lower case ("call the dentist").
-    std::string partialHypothesis();
+    std::string partialHypothesis() override;
     // The same words with their times so far, so that pauses show before the end.
-    std::vector<TranscriptSegment> partialSegments();
+    std::vector<TranscriptSegment> partialSegments() override;
     // Ends the utterance: its words with their times (100 frames a second).
-    std::vector<TranscriptSegment> finishUtterance();
-    bool inUtterance() const { return inUtterance_; }
+    std::vector<TranscriptSegment> finishUtterance() override;
+    bool inUtterance() const override { return inUtterance_; }
 
 private:
     struct Handle;

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/Instant.h"
 #include "support/JsonTree.h"
 #include "support/Process.h"
 
@@ -24,11 +25,11 @@ protected:
     std::string folder = dataHome + "/Daywyn";
     std::string stateFile = folder + "/daywyn.json";
 
+    // The command line at 08:15 UTC on Wednesday 4 March 2026 (daywyn-at: the program
+    // with its clock stopped there), in Berlin.
     test::ProcessResult daywyn(std::vector<std::string> args) {
-        args.insert(args.begin(), DAYWYN_BINARY_PATH);
-        return test::runProcess(args, {{"XDG_DATA_HOME", dataHome},
-                                       {"DAYWYN_NOW", "2026-03-04T08:15:00Z"},
-                                       {"TZ", "Europe/Berlin"}});
+        args.insert(args.begin(), {DAYWYN_AT_PATH, "2026-03-04T08:15:00Z"});
+        return test::runProcess(args, {{"XDG_DATA_HOME", dataHome}, {"TZ", "Europe/Berlin"}});
     }
 
     rapidjson::Document state() {
@@ -60,6 +61,33 @@ TEST_F(DaywynCommand, AddSavesTheTaskAndSaysWhatItRecognised) {
     EXPECT_EQ((*task)["estimatedMinutes"].GetInt(), 20);
     EXPECT_EQ(fs::status(stateFile).permissions() & fs::perms::all,
               fs::perms::owner_read | fs::perms::owner_write);
+}
+
+// The shipped program reads the machine's clock and nothing else: a variable that once
+// fixed the clock for tests no longer moves it.
+TEST_F(DaywynCommand, TheShippedProgramStampsTasksWithTheMachinesClock) {
+    const auto seconds = [] {
+        return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
+            .count();
+    };
+    const double before = seconds();
+    auto args = std::vector<std::string>{DAYWYN_BINARY_PATH, "add", "Water plants"};
+    const auto result = test::runProcess(
+        args, {{"XDG_DATA_HOME", dataHome}, {"DAYWYN_NOW", "2020-01-01T00:00:00Z"}});
+    const double after = seconds();
+    ASSERT_EQ(result.status, 0) << result.err;
+    const auto doc = state();
+    const auto* task = taskTitled(doc, "Water plants");
+    ASSERT_NE(task, nullptr);
+    const auto created = parseIsoText((*task)["createdAt"].GetString());
+    ASSERT_TRUE(created.has_value());
+    EXPECT_GE(created->seconds, before - 1);
+    EXPECT_LE(created->seconds, after + 1);
+    // The test build's fixed clock does move it.
+    ASSERT_EQ(daywyn({"add", "Call Ama"}).status, 0);
+    const auto fixed = state();
+    EXPECT_EQ(parseIsoText((*taskTitled(fixed, "Call Ama"))["createdAt"].GetString()),
+              parseIsoText("2026-03-04T08:15:00Z"));
 }
 
 TEST_F(DaywynCommand, RefusedCommandsWriteNothing) {
@@ -268,6 +296,25 @@ TEST_F(DaywynCommand, TheProgramLoadsNeitherQtNorTheSpeechRecogniser) {
     EXPECT_EQ(libraries.out.find("libecal"), std::string::npos) << libraries.out;
 }
 
+// The desktop app maps Evolution's libraries and the speech recogniser only when it
+// first reads the desktop's calendars or decodes speech: both come as modules beside it.
+TEST_F(DaywynCommand, TheDesktopAppLoadsNeitherEvolutionNorTheRecogniserAtStart) {
+    const auto libraries = test::runProcess({"/usr/bin/ldd", DAYWYN_APP_PATH});
+    ASSERT_EQ(libraries.status, 0) << libraries.err;
+    EXPECT_NE(libraries.out.find("libQt6Quick"), std::string::npos) << libraries.out;
+    for (const char* heavy : {"libecal", "libedataserver", "libcamel", "libsoup", "libpocketsphinx",
+                              "libsphinxbase", "liblapack", "libblas", "libgfortran"}) {
+        EXPECT_EQ(libraries.out.find(heavy), std::string::npos) << heavy << " in\n"
+                                                                << libraries.out;
+    }
+    const std::string folderOfApp = fs::path(DAYWYN_APP_PATH).parent_path().string();
+    for (const char* module : {"/daywyn-calendars.so", "/daywyn-speech.so"}) {
+        const auto needs = test::runProcess({"/usr/bin/ldd", folderOfApp + module});
+        ASSERT_EQ(needs.status, 0) << module << ": " << needs.err;
+        EXPECT_EQ(needs.out.find("not found"), std::string::npos) << needs.out;
+    }
+}
+
 TEST_F(DaywynCommand, CalendarVerbsReadTheFolderOfCalendarFilesThroughTheModule) {
     fs::create_directories(folder + "/calendars");
     fs::copy_file(std::string(DAYWYN_TEST_DATA_DIR) + "/calendar/weekly.ics",
@@ -304,10 +351,9 @@ protected:
                                    "COMP_WORDS=(" +
                                    words + ")\nCOMP_CWORD=" + std::to_string(current) +
                                    "\n_daywyn\nprintf '%s\\n' \"${COMPREPLY[@]}\" | sort\n";
-        const auto result = test::runProcess({"/bin/bash", "--norc", "-c", script},
-                                             {{"XDG_DATA_HOME", dataHome},
-                                              {"PATH", binFolder + ":/usr/bin:/bin"},
-                                              {"DAYWYN_NOW", "2026-03-04T08:15:00Z"}});
+        const auto result =
+            test::runProcess({"/bin/bash", "--norc", "-c", script},
+                             {{"XDG_DATA_HOME", dataHome}, {"PATH", binFolder + ":/usr/bin:/bin"}});
         EXPECT_EQ(result.status, 0) << result.err;
         return result.out;
     }
@@ -362,10 +408,9 @@ TEST_F(DaywynCompletion, TheZshCompletionParsesAndOffersTheSameTaskIds) {
     const std::string script = "source <(sed '$d' '" DAYWYN_GENERATED_DIR "/_daywyn')\n"
                                "compadd() { [[ $1 == -a ]] && print -l ${(P)2} }\n"
                                "_daywyn_task_ids | sort\n";
-    const auto zsh = test::runProcess({"/usr/bin/zsh", "-f", "-c", script},
-                                      {{"XDG_DATA_HOME", dataHome},
-                                       {"PATH", binFolder + ":/usr/bin:/bin"},
-                                       {"DAYWYN_NOW", "2026-03-04T08:15:00Z"}});
+    const auto zsh =
+        test::runProcess({"/usr/bin/zsh", "-f", "-c", script},
+                         {{"XDG_DATA_HOME", dataHome}, {"PATH", binFolder + ":/usr/bin:/bin"}});
     EXPECT_EQ(zsh.err, "");
     EXPECT_EQ(zsh.out, expected);
     EXPECT_EQ(test::runProcess({"/usr/bin/zsh", "-n", DAYWYN_GENERATED_DIR "/_daywyn"}).status, 0);
