@@ -1,6 +1,7 @@
 #include "store/TodayTaskStore.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/Text.h"
 #include "store/DailyReportBuilder.h"
@@ -113,7 +114,11 @@ struct TodayTaskStore::Impl {
         return std::nullopt;
     }
 
-    static void notifyObservers(const TodayTaskStore& store) {
+    static void notifyObservers(TodayTaskStore& store) {
+        if (store.notificationHolds_ > 0) {
+            store.heldObservation_ = true;
+            return;
+        }
         // A copy, so an observer may add or remove observers while being called.
         const auto observers = store.observers_;
         for (const auto& [id, observer] : observers) {
@@ -147,7 +152,14 @@ struct TodayTaskStore::Impl {
     // The change stays in memory whether or not it reached the disk.
     static void commitChange(TodayTaskStore& store) {
         persist(store);
-        if (store.onMeaningfulChange_) {
+        tellMeaningfulChange(store);
+    }
+
+    // The change listener, then the observers (both later, while notifications are held).
+    static void tellMeaningfulChange(TodayTaskStore& store) {
+        if (store.notificationHolds_ > 0) {
+            store.heldMeaningfulChange_ = true;
+        } else if (store.onMeaningfulChange_) {
             store.onMeaningfulChange_(store.tasks_, store.preferences_);
         }
         notifyObservers(store);
@@ -168,10 +180,7 @@ struct TodayTaskStore::Impl {
         if (store.repository_) {
             store.persistenceError_.reset();
         }
-        if (store.onMeaningfulChange_) {
-            store.onMeaningfulChange_(store.tasks_, store.preferences_);
-        }
-        notifyObservers(store);
+        tellMeaningfulChange(store);
         return std::nullopt;
     }
 
@@ -239,6 +248,33 @@ void TodayTaskStore::setFocusedTaskID(std::optional<Uuid> id) {
     }
     focusedTaskID_ = id;
     Impl::notifyObservers(*this);
+}
+
+TodayTaskStore::NotificationHold::NotificationHold(TodayTaskStore* store)
+    : store_(store) {
+    ++store_->notificationHolds_;
+}
+
+TodayTaskStore::NotificationHold::NotificationHold(NotificationHold&& other) noexcept
+    : store_(std::exchange(other.store_, nullptr)) {}
+
+TodayTaskStore::NotificationHold::~NotificationHold() {
+    if (store_ == nullptr || --store_->notificationHolds_ > 0) {
+        return;
+    }
+    TodayTaskStore& store = *store_;
+    const bool meaningful = std::exchange(store.heldMeaningfulChange_, false);
+    const bool observed = std::exchange(store.heldObservation_, false);
+    if (meaningful && store.onMeaningfulChange_) {
+        store.onMeaningfulChange_(store.tasks_, store.preferences_);
+    }
+    if (observed) {
+        Impl::notifyObservers(store);
+    }
+}
+
+TodayTaskStore::NotificationHold TodayTaskStore::holdNotifications() {
+    return NotificationHold(this);
 }
 
 void TodayTaskStore::setOnMeaningfulChange(ChangeListener listener) {

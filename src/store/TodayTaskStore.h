@@ -66,6 +66,23 @@ public:
     ObserverId addObserver(Observer observer);
     void removeObserver(ObserverId id);
 
+    // While a hold lives, every change is saved as usual, but the change listener and
+    // the observers are called only when the last hold ends, once for all the changes
+    // made meanwhile. Lets a caller answer first (a verb handed over the bus) and
+    // refresh the screens after. A hold must not outlive its store.
+    class NotificationHold {
+    public:
+        NotificationHold(NotificationHold&& other) noexcept;
+        NotificationHold& operator=(const NotificationHold&) = delete;
+        ~NotificationHold();
+
+    private:
+        friend class TodayTaskStore;
+        explicit NotificationHold(TodayTaskStore* store);
+        TodayTaskStore* store_;
+    };
+    [[nodiscard]] NotificationHold holdNotifications();
+
     // ---- tasks ----
     // Adds a task built from the draft at `at`; on success it is the last task.
     std::optional<std::string> addTaskReliably(const TaskDraft& draft, Instant at,
@@ -162,6 +179,9 @@ private:
     ChangeListener onMeaningfulChange_;
     std::vector<std::pair<ObserverId, Observer>> observers_;
     ObserverId nextObserverId_ = 1;
+    int notificationHolds_ = 0;
+    bool heldMeaningfulChange_ = false;
+    bool heldObservation_ = false;
 };
 
 } // namespace daywyn

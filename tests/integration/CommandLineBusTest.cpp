@@ -88,6 +88,28 @@ TEST(CommandLineOverTheBus, AnAppThatNeverAnswersGetsABoundedWaitAndNothingIsWri
     ::close(lock);
 }
 
+TEST(CommandLineOverTheBus, AWriterThatIsNotTheAppIsNamedAndNothingIsWritten) {
+    ASSERT_EQ(test::runProcess({DAYWYN_BINARY_PATH, "add", "First"}).status, 0);
+    const std::string before = test::readFile(stateFile());
+    // Another process holds the writer lock, and nobody owns the app's name on the bus.
+    const std::string lockFile =
+        qEnvironmentVariable("XDG_DATA_HOME").toStdString() + "/Daywyn/daywyn.lock";
+    const int lock = ::open(lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_GE(lock, 0);
+    ASSERT_EQ(::flock(lock, LOCK_EX | LOCK_NB), 0);
+    ASSERT_FALSE(QDBusConnection::sessionBus().interface()->isServiceRegistered(kService).value());
+
+    for (const std::vector<std::string>& line :
+         {std::vector<std::string>{"add", "Second"}, {"done", "0"}}) {
+        const auto refused = test::runProcess({DAYWYN_BINARY_PATH, line[0], line[1]});
+        EXPECT_EQ(refused.status, 1) << line[0];
+        EXPECT_EQ(refused.err,
+                  "Daywyn is open in another process; try again when it has closed.\n");
+    }
+    EXPECT_EQ(test::readFile(stateFile()), before);
+    ::close(lock);
+}
+
 TEST(CommandLineOverTheBus, WindowVerbsStartTheAppAndWritingVerbsReachIt) {
     const QString services =
         qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/dbus-1/services");

@@ -193,6 +193,58 @@ TEST(TodayTaskStore, AFailedCommitKeepsTheChangeAndShowsWhyUntilASaveSucceeds) {
     EXPECT_TRUE(s.repo->lastSaved().tasks[0].checklist->at(0).isComplete);
 }
 
+TEST(TodayTaskStore, HeldNotificationsComeOnceAfterTheChangesAreSaved) {
+    test::StoreUnderTest s({TaskBuilder("Plan")}, kNow, kNewYork);
+    int observed = 0;
+    std::size_t tasksWhenObserved = 0;
+    s.store.addObserver([&] {
+        ++observed;
+        tasksWhenObserved = s.store.tasks().size();
+    });
+    const int savesBefore = s.repo->saveCount();
+    {
+        auto hold = s.store.holdNotifications();
+        {
+            // Holds nest: only the outermost one's end tells.
+            auto inner = s.store.holdNotifications();
+            EXPECT_EQ(s.store.addTaskReliably(titled("Call Ama"), kNow, kNewYork), std::nullopt);
+        }
+        EXPECT_EQ(s.store.addTaskReliably(titled("Pay rent"), kNow, kNewYork), std::nullopt);
+        s.store.setFocusedTaskID(s.at(2).id);
+        // Saved at once, each change on its own, though nobody has been told yet.
+        EXPECT_EQ(s.repo->saveCount(), savesBefore + 2);
+        EXPECT_EQ(s.repo->lastSaved().tasks.size(), 3u);
+        EXPECT_EQ(s.changes, 0);
+        EXPECT_EQ(observed, 0);
+        auto moved = std::move(hold); // the moved-from hold ends nothing
+    }
+    EXPECT_EQ(s.changes, 1);
+    EXPECT_EQ(observed, 1);
+    EXPECT_EQ(tasksWhenObserved, 3u);
+
+    // A hold with only a focus change tells the observers, not the change listener;
+    // one with nothing to tell calls nobody.
+    {
+        auto hold = s.store.holdNotifications();
+        s.store.setFocusedTaskID(s.at(0).id);
+    }
+    EXPECT_EQ(s.changes, 1);
+    EXPECT_EQ(observed, 2);
+    { auto hold = s.store.holdNotifications(); }
+    EXPECT_EQ(s.changes, 1);
+    EXPECT_EQ(observed, 2);
+
+    // A failed save under a hold is still reported, and told after.
+    s.repo->failNextSaves(1, "Disk full");
+    {
+        auto hold = s.store.holdNotifications();
+        EXPECT_EQ(s.store.addTaskReliably(titled("Lost"), kNow, kNewYork),
+                  "Daywyn could not save changes: Disk full");
+        EXPECT_EQ(s.store.tasks().size(), 3u);
+    }
+    EXPECT_EQ(observed, 2);
+}
+
 TEST(TodayTaskStore, DeletingARunningTaskAndUndoingRestoresItStoppedWithItsTimeKept) {
     const TaskItem running = TaskBuilder("Write draft").running(kNow - 1200.0);
     test::StoreUnderTest s({TaskBuilder("A"), running, TaskBuilder("C")}, kNow, kNewYork);

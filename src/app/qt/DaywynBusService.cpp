@@ -1,6 +1,9 @@
 #include "app/qt/DaywynBusService.h"
 
+#include <memory>
+
 #include <QDBusConnection>
+#include <QTimer>
 
 #include "app/qt/AppEnvironment.h"
 #include "calendar/qt/CalendarManager.h"
@@ -60,6 +63,11 @@ int DaywynBusService::Run(const QStringList& line, QString& out, QString& err) {
         args.push_back(word.toStdString());
     }
     PublishedCalendars calendars(environment_.calendarManager());
+    // The caller waits for the answer, which needs the change saved and nothing more:
+    // the screens, the reminders and the calendars hear of it once the answer is sent.
+    auto hold = std::make_shared<TodayTaskStore::NotificationHold>(
+        environment_.store().holdNotifications());
+    QTimer::singleShot(0, this, [hold]() mutable { hold.reset(); });
     const CommandOutput result = runCommand(environment_.store(), args, environment_.now(),
                                             environment_.calendar(), this, &calendars);
     out = QString::fromStdString(result.out);

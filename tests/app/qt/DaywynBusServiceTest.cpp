@@ -83,6 +83,29 @@ TEST_F(DaywynBusServiceTest, VerbLinesRunOnTheAppsOwnStore) {
     EXPECT_EQ(run({QStringLiteral("add"), QStringLiteral(" ")}).err, "Give the task a title.\n");
 }
 
+TEST_F(DaywynBusServiceTest, AHandedOverChangeIsSavedBeforeTheAnswerAndShownAfterIt) {
+    TodayTaskStore& store = environment.store();
+    int observed = 0;
+    std::size_t tasksSeen = 0;
+    const auto observer = store.addObserver([&] {
+        ++observed;
+        tasksSeen = store.tasks().size();
+    });
+    const std::size_t before = store.tasks().size();
+    QString out;
+    QString err;
+    for (const char* title : {"Water plants", "Call Ama"}) {
+        EXPECT_EQ(service.Run({QStringLiteral("add"), QString::fromUtf8(title)}, out, err), 0)
+            << err.toStdString();
+    }
+    EXPECT_EQ(store.tasks().size(), before + 2);
+    EXPECT_EQ(observed, 0);
+    // Once the event loop turns (the answers are on their way), the screens hear of it.
+    EXPECT_TRUE(test::waitUntil([&] { return observed > 0; }));
+    EXPECT_EQ(tasksSeen, before + 2);
+    store.removeObserver(observer);
+}
+
 TEST_F(DaywynBusServiceTest, WindowVerbsDriveTheDrawerAndQuickAdd) {
     ASSERT_TRUE(registered);
     EdgePanelController& drawer = environment.drawerController();
