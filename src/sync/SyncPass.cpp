@@ -367,7 +367,8 @@ private:
     // a value taken from the server by the server's time, not by this machine's.
     void keepMergedTimes(const TaskItem& task, const FieldTimes& times) {
         const Instant noted = localEditTime(task);
-        auto [change, added] = state().localChanges.try_emplace(task.id, task.id, noted);
+        auto [change, added] =
+            state().localChanges.try_emplace(task.id, LocalChange{task.id, noted, {}});
         for (const auto& [field, at] : times) {
             change->second.fields.insert_or_assign(field, at);
         }
