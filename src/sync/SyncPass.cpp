@@ -224,11 +224,12 @@ private:
             }
             settle(id);
         }
+        // Before the removals: they leave localIndex_ pointing past the tasks that moved.
+        forgetSettledChanges();
         if (!removedHere_.empty()) {
             std::erase_if(out_.tasks,
                           [&](const TaskItem& task) { return removedHere_.contains(task.id); });
         }
-        forgetSettledChanges();
     }
 
     TaskItem* localTask(const Uuid& id) {

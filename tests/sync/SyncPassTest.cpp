@@ -335,6 +335,27 @@ TEST(SyncPass, WeighsAServerValueMergedInAFailedPassByTheServersTime) {
     }
 }
 
+// A pass that removes a task deleted on the server and then fails keeps the pending
+// edits of the tasks after it in the list (their places moved with the removal).
+TEST(SyncPass, KeepsPendingEditsWhenAPassThatRemovedATaskFails) {
+    TwoMachines m;
+    m.server.erase(m.laptop.state.synced.at(m.ids[0]).href);
+    m.laptop.edit(t(10), [&](auto&) { m.laptop.find(m.ids[2])->title = "Water the plants"; });
+    m.server.fault = [](FakeCalDavCollection::Call call) -> std::optional<std::string> {
+        return call == Call::put ? std::optional<std::string>("The sync server did not answer.")
+                                 : std::nullopt;
+    };
+    EXPECT_FALSE(m.laptop.sync(m.server, t(11)).error.empty());
+    EXPECT_EQ(m.laptop.find(m.ids[0]), nullptr);
+    EXPECT_TRUE(m.laptop.state.localChanges.contains(m.ids[2]));
+    m.server.fault = nullptr;
+    EXPECT_TRUE(m.laptop.sync(m.server, t(12)).error.empty());
+    m.desktop.sync(m.server, t(13));
+    ASSERT_NE(m.desktop.find(m.ids[2]), nullptr);
+    EXPECT_EQ(m.desktop.find(m.ids[2])->title, "Water the plants");
+    EXPECT_EQ(byId(m.desktop.tasks), byId(m.laptop.tasks));
+}
+
 // Another program's edit carries no field times: its LAST-MODIFIED is the time of each
 // field it changed, while the fields it left keep the times Daywyn wrote.
 TEST(SyncPass, TakesAnotherProgramsEditsAtItsLastModifiedTime) {
