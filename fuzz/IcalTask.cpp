@@ -19,7 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     const TaskItem& task = decoded->task;
-    const std::string written = coding.encode(task, text, task.createdAt, calendar);
+    const std::string written =
+        coding.encode(task, decoded->fieldTimes, text, task.createdAt, calendar);
     static const bool roundTrip = std::getenv("DAYWYN_FUZZ_ROUND_TRIP") != nullptr;
     auto again = coding.decode(written, calendar);
     if (roundTrip &&

@@ -3,7 +3,8 @@
 # 127.0.0.1 (temporary storage, its default fsync on), with a 2,000-task state file:
 #   upload  the first pass of a fresh task list: every task sent (one PUT each);
 #   idle    a pass with nothing changed on either side;
-# and counts the HTTP requests an idle pass makes, from Radicale's log. The password
+# and counts the HTTP requests an idle pass makes and the time Radicale itself spent on
+# them (and on the upload's PUTs), from Radicale's log. The password
 # sits in a gnome-keyring on a private session bus, as on a desktop.
 # Prints medians in milliseconds (wall, CPU of the daywyn processes).
 # Usage: scripts/measure-sync.sh [build] [idle runs] [upload runs]
@@ -95,6 +96,9 @@ cc -O2 -o "$root/launch" "$root/launch.c"
 cat > "$root/inside.sh" <<SH
 #!/usr/bin/env bash
 set -euo pipefail
+# The time Radicale says it spent on the requests logged on stdin, in ms.
+server_ms() { awk '/response status/ { for (i = 1; i < NF; ++i) if (\$i == "in") t += \$(i + 1) }
+  END { printf "%.1f\\n", t * 1000 }'; }
 echo -n test-password | gnome-keyring-daemon --foreground --unlock --components=secrets \
   > /dev/null 2>&1 &
 keyring=\$!
@@ -113,9 +117,11 @@ for _ in \$(seq $runs); do
   "$root/launch" "$daywyn" sync 3>> "$root/idle.times" > "$root/idle.out"
 done
 before=\$(grep -c ' request for ' "$root/radicale.log" || true)
+lines=\$(wc -l < "$root/radicale.log")
 "$daywyn" sync > /dev/null
 after=\$(grep -c ' request for ' "$root/radicale.log" || true)
 echo \$((after - before)) > "$root/idle.requests"
+tail -n +\$((lines + 1)) "$root/radicale.log" | server_ms > "$root/idle.server"
 SH
 chmod +x "$root/inside.sh"
 dbus-run-session -- "$root/inside.sh"
@@ -128,3 +134,11 @@ printf "  first upload (%d runs)        %9.1f %9.1f   (%s)\n" "$uploads" \
 printf "  pass, nothing changed (%d)    %9.1f %9.1f   (%s)\n" "$runs" \
   "$(median "$root/idle.times")" "$(median "$root/idle.times" 2)" "$(cat "$root/idle.out")"
 echo "  HTTP requests of a pass with nothing changed: $(cat "$root/idle.requests")"
+# Radicale's own time for each request, from its log: how much of a pass is the server's.
+put_ms() { grep 'PUT response status' "$root/radicale.log" | sed 's/.* in \([0-9.]*\) seconds.*/\1/' |
+  awk '{ print $1 * 1000 }'; }
+middle() { sort -n | awk '{ a[NR] = $1 } END { printf "%.0f", a[int((NR + 1) / 2)] }'; }
+echo "  Radicale's own time (its log): the upload's PUTs $(put_ms | awk '{ t += $1 } END {
+  printf "%.1f", t / 1000 }') s in all, median $(put_ms | head -n 100 | middle) ms for the first" \
+  "100 and $(put_ms | tail -n 100 | middle) ms for the last 100; a quiet pass's requests" \
+  "$(cat "$root/idle.server") ms"

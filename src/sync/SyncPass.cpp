@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "model/RecordFields.h"
 #include "sync/TaskMerge.h"
 
 namespace daywyn::sync {
@@ -29,6 +30,10 @@ struct RemoteTask {
     std::string ics;
     TaskItem task;
     Instant editedAt;
+    // The fields whose change times Daywyn wrote and no other program changed since.
+    FieldTimes fieldTimes;
+
+    EditTimes edits() const { return {editedAt, fieldTimes}; }
 };
 
 class Pass {
@@ -176,6 +181,7 @@ private:
             remote.task.id = known->second;
         }
         remote.editedAt = decoded->lastModified.value_or(Instant{});
+        remote.fieldTimes = std::move(decoded.value().fieldTimes);
         remote.href = std::move(resource.href);
         remote.etag = std::move(resource.etag);
         remote.ics = std::move(resource.ics);
@@ -218,11 +224,12 @@ private:
             }
             settle(id);
         }
+        // Before the removals: they leave localIndex_ pointing past the tasks that moved.
+        forgetSettledChanges();
         if (!removedHere_.empty()) {
             std::erase_if(out_.tasks,
                           [&](const TaskItem& task) { return removedHere_.contains(task.id); });
         }
-        forgetSettledChanges();
     }
 
     TaskItem* localTask(const Uuid& id) {
@@ -233,14 +240,42 @@ private:
         return &out_.tasks[found->second];
     }
 
-    // When the copy here was last edited: the recorded change time; without one, just
-    // after the last pass (the edit cannot be older), or the task's creation.
+    // When the copy here was edited: each field at its recorded change time; without
+    // one, when the task was noted as changed; without that, just after the last pass
+    // (the edit cannot be older), or the task's creation.
+    EditTimes localEdits(const TaskItem& task) {
+        if (const auto change = state().localChanges.find(task.id);
+            change != state().localChanges.end()) {
+            return {change->second.changedAt, change->second.fields};
+        }
+        return {state().lastPassAt.value_or(task.createdAt)};
+    }
+
+    // When the copy here was last edited, any field.
     Instant localEditTime(const TaskItem& task) {
         if (const auto change = state().localChanges.find(task.id);
             change != state().localChanges.end()) {
-            return change->second.changedAt;
+            return change->second.latest();
         }
         return state().lastPassAt.value_or(task.createdAt);
+    }
+
+    // The times of the fields edited here since `base` (every field of a new task).
+    FieldTimes localFieldTimes(const TaskItem& task, const TaskItem* base) {
+        const EditTimes edits = localEdits(task);
+        FieldTimes times;
+        if (base == nullptr) {
+            std::apply(
+                [&](const auto&... field) {
+                    (times.emplace(std::string(field.key), edits.of(field.key)), ...);
+                },
+                JsonRecord<TaskItem>::fields);
+            return times;
+        }
+        for (const std::string_view field : differingFields(*base, task)) {
+            times.emplace(std::string(field), edits.of(field));
+        }
+        return times;
     }
 
     void settle(const Uuid& id) {
@@ -286,7 +321,7 @@ private:
         }
         if (base == nullptr) {
             send(*local, std::nullopt, collection_.hrefFor(local->id.text()), {}, std::nullopt,
-                 localEditTime(*local));
+                 localEditTime(*local), localFieldTimes(*local, nullptr));
             return;
         }
         if (removedThere || refill_) {
@@ -296,7 +331,9 @@ private:
                 const std::string ics = base->ics;
                 const TaskItem before = base->task;
                 state().synced.erase(id);
-                send(*local, before, href, ics, std::nullopt, localEditTime(*local));
+                FieldTimes times = localFieldTimes(*local, &before);
+                send(*local, before, href, ics, std::nullopt, localEditTime(*local),
+                     std::move(times));
             } else {
                 removedHere_.insert(id);
                 state().synced.erase(id);
@@ -306,7 +343,9 @@ private:
             return;
         }
         if (changedHere) {
-            send(*local, base->task, base->href, base->ics, base->etag, localEditTime(*local));
+            FieldTimes times = localFieldTimes(*local, &base->task);
+            send(*local, base->task, base->href, base->ics, base->etag, localEditTime(*local),
+                 std::move(times));
         }
     }
 
@@ -324,6 +363,18 @@ private:
         out_.tasksChanged = true;
     }
 
+    // A merge kept here stays a change of this machine's until the server has it; each
+    // merged value keeps the time of the edit it came from, so that the next pass weighs
+    // a value taken from the server by the server's time, not by this machine's.
+    void keepMergedTimes(const TaskItem& task, const FieldTimes& times) {
+        const Instant noted = localEditTime(task);
+        auto [change, added] =
+            state().localChanges.try_emplace(task.id, LocalChange{task.id, noted, {}});
+        for (const auto& [field, at] : times) {
+            change->second.fields.insert_or_assign(field, at);
+        }
+    }
+
     void logConflicts(const MergedTask& merged) {
         for (const auto& conflict : merged.conflicts) {
             state().conflicts.push_back({now_, merged.task.id, merged.task.title, conflict.field,
@@ -338,9 +389,10 @@ private:
     void mergeAndSend(TaskItem& local, const std::optional<TaskItem>& base,
                       const RemoteTask& remote) {
         const Instant localAt = localEditTime(local);
-        MergedTask merged =
-            mergeTask(base ? &*base : nullptr, local, localAt, remote.task, remote.editedAt);
+        MergedTask merged = mergeTask(base ? &*base : nullptr, local, localEdits(local),
+                                      remote.task, remote.edits());
         logConflicts(merged);
+        keepMergedTimes(local, merged.fieldTimes);
         if (!(merged.task == local)) {
             local = merged.task;
             out_.tasksChanged = true;
@@ -349,15 +401,17 @@ private:
             state().synced[local.id] = {remote.task, remote.href, remote.etag, remote.ics};
             return;
         }
-        send(local, base, remote.href, remote.ics, remote.etag, std::max(localAt, remote.editedAt));
+        send(local, base, remote.href, remote.ics, remote.etag, std::max(localAt, remote.editedAt),
+             std::move(merged.fieldTimes));
     }
 
-    // Writes the task (over `previous`, the text it was last synced as); a write refused
-    // because the server's copy changed is merged with that copy and tried again.
+    // Writes the task (over `previous`, the text it was last synced as), with the times
+    // of the fields that changed since `base`; a write refused because the server's copy
+    // changed is merged with that copy and tried again.
     void send(TaskItem& local, std::optional<TaskItem> base, std::string href, std::string previous,
-              std::optional<std::string> ifMatch, Instant editedAt) {
+              std::optional<std::string> ifMatch, Instant editedAt, FieldTimes times) {
         for (int attempt = 0; attempt < kMostWriteAttempts; ++attempt) {
-            const std::string ics = coding_.encode(local, previous, editedAt, calendar_);
+            const std::string ics = coding_.encode(local, times, previous, editedAt, calendar_);
             auto reply = collection_.put(href, ics, ifMatch);
             if (!reply) {
                 error_ = reply.error();
@@ -390,8 +444,10 @@ private:
             }
             remote->task.id = local.id;
             MergedTask merged =
-                mergeTask(base ? &*base : nullptr, local, editedAt, remote->task, remote->editedAt);
+                mergeTask(base ? &*base : nullptr, local, EditTimes{editedAt, times}, remote->task,
+                          remote->edits());
             logConflicts(merged);
+            keepMergedTimes(local, merged.fieldTimes);
             if (!(merged.task == local)) {
                 local = merged.task;
                 out_.tasksChanged = true;
@@ -401,6 +457,7 @@ private:
                 return;
             }
             editedAt = std::max(editedAt, remote->editedAt);
+            times = std::move(merged.fieldTimes);
             base = remote->task;
             previous = remote->ics;
             ifMatch = remote->etag;

@@ -1,8 +1,24 @@
 #include "sync/SyncState.h"
 
+#include <algorithm>
 #include <unordered_map>
 
+#include "sync/TaskMerge.h"
+
 namespace daywyn::sync {
+
+Instant LocalChange::fieldChangedAt(std::string_view field) const {
+    const auto found = fields.find(field);
+    return found == fields.end() ? changedAt : found->second;
+}
+
+Instant LocalChange::latest() const {
+    Instant last = changedAt;
+    for (const auto& [field, at] : fields) {
+        last = std::max(last, at);
+    }
+    return last;
+}
 
 void noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
                       const std::vector<TaskItem>& after, Instant now) {
@@ -11,8 +27,11 @@ void noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
     for (const auto& task : before) {
         earlier.emplace(task.id, &task);
     }
-    const auto note = [&](const Uuid& id) {
-        state.localChanges[id] = LocalChange{id, now};
+    // A task noted before keeps the time it was first noted at: the fields edited since
+    // carry times of their own.
+    const auto note = [&](const Uuid& id) -> LocalChange& {
+        const auto [change, added] = state.localChanges.try_emplace(id, LocalChange{id, now, {}});
+        return change->second;
     };
     for (const auto& task : after) {
         const auto found = earlier.find(task.id);
@@ -21,12 +40,15 @@ void noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
             continue;
         }
         if (!(*found->second == task)) {
-            note(task.id);
+            LocalChange& change = note(task.id);
+            for (const std::string_view field : differingFields(*found->second, task)) {
+                change.fields.insert_or_assign(std::string(field), now);
+            }
         }
         earlier.erase(found);
     }
     for (const auto& [id, task] : earlier) {
-        note(id);
+        note(id).changedAt = now;
     }
 }
 

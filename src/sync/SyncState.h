@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/Instant.h"
@@ -35,10 +37,23 @@ struct SyncedTask {
     bool operator==(const SyncedTask&) const = default;
 };
 
+// When each field of a task last changed, by the field's name as the task record names
+// it ("title", "estimatedMinutes").
+using FieldTimes = std::map<std::string, Instant, std::less<>>;
+
 // A task changed (or deleted) here since it was last synced, and when.
 struct LocalChange {
     Uuid taskId;
+    // When the task was first noted as changed here (created, or deleted): the time of
+    // every field without a time of its own.
     Instant changedAt;
+    // The fields edited here, each at the time of its latest edit. Empty in state files
+    // written before fields had their own times: every field is then at `changedAt`.
+    FieldTimes fields;
+
+    // The time of one field's edit, and of the latest edit of any field.
+    Instant fieldChangedAt(std::string_view field) const;
+    Instant latest() const;
     bool operator==(const LocalChange&) const = default;
 };
 
@@ -93,7 +108,8 @@ struct SyncState {
 inline constexpr std::size_t kMostConflicts = 200;
 
 // Records which tasks changed between two versions of the list, at `now`: a task whose
-// record differs, a new task and a removed one. Called by whatever changes the store
+// record differs (with the time of each field that differs), a new task and a removed
+// one. Called by whatever changes the store
 // (the app on each store change, the command line on each verb that writes).
 void noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
                       const std::vector<TaskItem>& after, Instant now);

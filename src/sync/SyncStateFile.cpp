@@ -10,6 +10,34 @@ namespace daywyn {
 
 using namespace sync;
 
+// Field times as an object: {"title": "2026-03-09T10:00:00Z"}. Beside Instant, where
+// the record coding looks for them.
+template <typename Writer>
+void writeJson(Writer& w, const FieldTimes& times, DateCoding dates) {
+    w.StartObject();
+    for (const auto& [field, at] : times) {
+        writeKey(w, field);
+        writeJson(w, at, dates);
+    }
+    w.EndObject();
+}
+
+bool readJson(JsonDecoder& d, JsonValue& v, FieldTimes& out) {
+    FieldTimes times;
+    const bool read = readJsonObject(d, v, [&](std::string_view key, JsonValue& value) {
+        Instant at;
+        if (!readJson(d, value, at)) {
+            return false;
+        }
+        times.insert_or_assign(std::string(key), at);
+        return true;
+    });
+    if (read) {
+        out = std::move(times);
+    }
+    return read;
+}
+
 namespace sync {
 
 template <typename Writer>
@@ -99,6 +127,7 @@ struct JsonRecord<LocalChange> {
     static constexpr std::string_view noun = "local change";
     static constexpr auto fields =
         std::tuple(jsonField("changedAt", &LocalChange::changedAt, FieldRule::required),
+                   jsonField("fields", &LocalChange::fields, FieldRule::lenient),
                    jsonField("taskId", &LocalChange::taskId, FieldRule::required));
 };
 

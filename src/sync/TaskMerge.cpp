@@ -92,7 +92,7 @@ struct Sides {
     std::string_view field;
     std::vector<FieldConflict>* conflicts = nullptr;
 
-    // The later of two differing values, the other logged.
+    // The later edit's value of two differing ones, the other logged.
     template <typename T>
     const T& pick(const T& local, const T& remote) const {
         const T& kept = localIsLater ? local : remote;
@@ -162,41 +162,88 @@ T mergeBothChanged(const T* base, const T& local, const T& remote, const Sides& 
     }
 }
 
+// Where a merged value came from, for the time it carries.
+enum class Source { base, local, remote, both };
+
 template <typename T>
-T mergeValue(const T* base, const T& local, const T& remote, const Sides& sides) {
+T mergeValue(const T* base, const T& local, const T& remote, const Sides& sides, Source& source) {
+    const bool localChanged = base == nullptr || !same(*base, local);
+    const bool remoteChanged = base == nullptr || !same(*base, remote);
     if (same(local, remote)) {
+        source = localChanged ? Source::both : Source::base;
         return local;
     }
-    if (base != nullptr && same(*base, local)) {
+    if (!localChanged) {
+        source = Source::remote;
         return remote;
     }
-    if (base != nullptr && same(*base, remote)) {
+    if (!remoteChanged) {
+        source = Source::local;
         return local;
     }
-    return mergeBothChanged(base, local, remote, sides);
+    // Items merged one by one may take from both sides; the value is then as new as
+    // the later of the two edits.
+    T merged = mergeBothChanged(base, local, remote, sides);
+    if (same(merged, local)) {
+        source = Source::local;
+    } else if (same(merged, remote)) {
+        source = Source::remote;
+    } else {
+        source = Source::both;
+    }
+    return merged;
+}
+
+Instant wholeSeconds(Instant at) {
+    return Instant{std::floor(at.seconds)};
 }
 
 } // namespace
 
-MergedTask mergeTask(const TaskItem* base, const TaskItem& local, Instant localEditedAt,
-                     const TaskItem& remote, Instant remoteEditedAt) {
+Instant EditTimes::of(std::string_view field) const {
+    const auto found = fields.find(field);
+    return found == fields.end() ? fallback : found->second;
+}
+
+MergedTask mergeTask(const TaskItem* base, const TaskItem& local, const EditTimes& localEdits,
+                     const TaskItem& remote, const EditTimes& remoteEdits) {
     MergedTask result;
     Sides sides;
-    sides.localIsLater = std::floor(localEditedAt.seconds) > std::floor(remoteEditedAt.seconds);
     sides.conflicts = &result.conflicts;
     std::apply(
         [&](const auto&... field) {
             (
                 [&] {
+                    const Instant localAt = wholeSeconds(localEdits.of(field.key));
+                    const Instant remoteAt = wholeSeconds(remoteEdits.of(field.key));
                     sides.field = field.key;
+                    sides.localIsLater = localAt > remoteAt;
                     const auto* before = base ? &(base->*field.member) : nullptr;
-                    result.task.*field.member =
-                        mergeValue(before, local.*field.member, remote.*field.member, sides);
+                    Source source = Source::base;
+                    result.task.*field.member = mergeValue(before, local.*field.member,
+                                                           remote.*field.member, sides, source);
+                    if (source != Source::base) {
+                        result.fieldTimes.insert_or_assign(std::string(field.key),
+                                                           source == Source::local ? localAt
+                                                           : source == Source::remote
+                                                               ? remoteAt
+                                                               : std::max(localAt, remoteAt));
+                    }
                 }(),
                 ...);
         },
         JsonRecord<TaskItem>::fields);
     return result;
+}
+
+std::vector<std::string_view> differingFields(const TaskItem& a, const TaskItem& b) {
+    std::vector<std::string_view> fields;
+    std::apply(
+        [&](const auto&... field) {
+            ((same(a.*field.member, b.*field.member) ? void() : fields.push_back(field.key)), ...);
+        },
+        JsonRecord<TaskItem>::fields);
+    return fields;
 }
 
 bool sameAtWholeSeconds(const TaskItem& a, const TaskItem& b) {

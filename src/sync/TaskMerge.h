@@ -1,6 +1,8 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/Instant.h"
@@ -18,20 +20,38 @@ struct FieldConflict {
     bool operator==(const FieldConflict&) const = default;
 };
 
+// When one side's edits were made: each field at its own time where that is known,
+// every other field at `fallback` (a whole task's change time, LAST-MODIFIED).
+struct EditTimes {
+    Instant fallback;
+    FieldTimes fields;
+
+    EditTimes(Instant at = {}, FieldTimes times = {}) // NOLINT: one time for every field
+        : fallback(at)
+        , fields(std::move(times)) {}
+    Instant of(std::string_view field) const;
+};
+
 struct MergedTask {
     TaskItem task;
     std::vector<FieldConflict> conflicts;
+    // For each field whose merged value differs from the base (every field without a
+    // base): the time of the edit that value comes from.
+    FieldTimes fieldTimes;
 };
 
 // Three-way merge of one task, field by field: a field changed on one side only takes
 // that side's value; changed alike on both, that value; changed differently on both,
-// the later edit's value, and the other is set aside in a conflict. Sessions and
-// checklist items are merged item by item (by id), so work recorded and items added
-// on both machines are all kept. Without a base (the task was created on both sides)
-// every differing field is a conflict. Times compare at whole seconds, as the state
-// file keeps them. Equal edit times count the remote edit as the later.
-MergedTask mergeTask(const TaskItem* base, const TaskItem& local, Instant localEditedAt,
-                     const TaskItem& remote, Instant remoteEditedAt);
+// the value of that field's later edit, and the other is set aside in a conflict.
+// Sessions and checklist items are merged item by item (by id), so work recorded and
+// items added on both machines are all kept. Without a base (the task was created on
+// both sides) every differing field is a conflict. Times compare at whole seconds, as
+// the state file keeps them. Equal edit times count the remote edit as the later.
+MergedTask mergeTask(const TaskItem* base, const TaskItem& local, const EditTimes& localEdits,
+                     const TaskItem& remote, const EditTimes& remoteEdits);
+
+// The names of the fields whose values differ at whole seconds, in the record's order.
+std::vector<std::string_view> differingFields(const TaskItem& a, const TaskItem& b);
 
 // Whether two tasks are equal once their times are cut to whole seconds.
 bool sameAtWholeSeconds(const TaskItem& a, const TaskItem& b);

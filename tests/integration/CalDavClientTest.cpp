@@ -136,8 +136,11 @@ TEST_F(CalDavRadicale, AnObjectWrittenByCurlIsListedAndFetched) {
     ASSERT_TRUE(curl.waitForFinished(10000));
     ASSERT_EQ(curl.exitCode(), 0);
 
+    // The ctag moved, so the changes are reported: two requests.
+    const int before = client.requestCount();
     auto changes = client.changesSince(start->syncToken);
     ASSERT_TRUE(changes.ok()) << changes.error();
+    EXPECT_EQ(client.requestCount(), before + 2);
     ASSERT_EQ(changes->changed.size(), 1U);
     // However the server spells the name, it is the href this client would use.
     EXPECT_EQ(changes->changed[0].href, client.hrefFor("phone@example.com"));
@@ -145,6 +148,13 @@ TEST_F(CalDavRadicale, AnObjectWrittenByCurlIsListedAndFetched) {
     ASSERT_TRUE(fetched.ok()) << fetched.error();
     ASSERT_EQ(fetched->size(), 1U);
     EXPECT_NE(fetched->at(0).ics.find("SUMMARY:Buy stamps"), std::string::npos);
+
+    // Quiet again: the ctag alone answers.
+    auto quiet = client.changesSince(changes->syncToken);
+    ASSERT_TRUE(quiet.ok()) << quiet.error();
+    EXPECT_TRUE(quiet->changed.empty());
+    EXPECT_EQ(quiet->syncToken, changes->syncToken);
+    EXPECT_EQ(client.requestCount(), before + 4);
 }
 
 TEST_F(CalDavRadicale, ARefusedTokenGivesACompleteListing) {

@@ -267,6 +267,126 @@ TEST(SyncPass, ReceivesATaskAnotherClientCreatedAndKeepsItsPropertiesWhenSending
     EXPECT_NE(text.find("STATUS:COMPLETED"), std::string::npos) << text;
 }
 
+// The same field edited on both machines keeps that field's later edit, however late
+// the other machine edited some other field of the task.
+TEST(SyncPass, KeepsTheLaterEditOfAFieldWhicheverMachineEditedTheTaskLast) {
+    TwoMachines m;
+    const Uuid id = m.ids[0];
+    // The laptop renames at :10 and estimates at :30; the desktop renames at :20.
+    m.laptop.edit(t(10), [&](auto&) { m.laptop.find(id)->title = "Call the bank at noon"; });
+    m.laptop.edit(t(30), [&](auto&) { m.laptop.find(id)->estimatedMinutes = 15; });
+    m.desktop.edit(t(20), [&](auto&) { m.desktop.find(id)->title = "Visit the bank"; });
+    m.desktop.sync(m.server, t(21));
+    const auto laptopPass = m.laptop.sync(m.server, t(31));
+    m.desktop.sync(m.server, t(32));
+    for (Replica* machine : {&m.laptop, &m.desktop}) {
+        EXPECT_EQ(machine->find(id)->title, "Visit the bank");
+        EXPECT_EQ(machine->find(id)->estimatedMinutes, 15);
+    }
+    ASSERT_EQ(laptopPass.summary.conflicts, 1);
+    const ConflictRecord& logged = m.laptop.state.conflicts.back();
+    EXPECT_EQ(logged.field, "title");
+    EXPECT_EQ(logged.setAsideValue, "Call the bank at noon");
+    EXPECT_EQ(logged.lost, ConflictSide::local);
+
+    // The other way round: the server's copy was last modified at :60, but its title at
+    // :40; the desktop's rename at :50 is the later edit of the title.
+    m.laptop.edit(t(40), [&](auto&) { m.laptop.find(id)->title = "Bank, before lunch"; });
+    m.laptop.edit(t(60), [&](auto&) { m.laptop.find(id)->estimatedMinutes = 25; });
+    m.desktop.edit(t(50), [&](auto&) { m.desktop.find(id)->title = "Bank, after lunch"; });
+    m.laptop.sync(m.server, t(61));
+    const auto desktopPass = m.desktop.sync(m.server, t(62));
+    m.laptop.sync(m.server, t(63));
+    for (Replica* machine : {&m.laptop, &m.desktop}) {
+        EXPECT_EQ(machine->find(id)->title, "Bank, after lunch");
+        EXPECT_EQ(machine->find(id)->estimatedMinutes, 25);
+    }
+    ASSERT_EQ(desktopPass.summary.conflicts, 1);
+    EXPECT_EQ(m.desktop.state.conflicts.back().setAsideValue, "Bank, before lunch");
+    EXPECT_EQ(m.desktop.state.conflicts.back().lost, ConflictSide::remote);
+}
+
+// A value taken from the server in a pass that could not send its merge is still the
+// server's edit, at the server's time, in the next pass.
+TEST(SyncPass, WeighsAServerValueMergedInAFailedPassByTheServersTime) {
+    TwoMachines m;
+    const Uuid id = m.ids[2];
+    m.laptop.edit(t(10), [&](auto&) { m.laptop.find(id)->title = "Water the ferns"; });
+    m.laptop.sync(m.server, t(11));
+    m.desktop.edit(t(20), [&](auto&) { m.desktop.find(id)->estimatedMinutes = 5; });
+    m.server.fault = [](FakeCalDavCollection::Call call) -> std::optional<std::string> {
+        if (call == Call::put) {
+            return "The sync server had a problem (HTTP 503); Daywyn will try again later.";
+        }
+        return std::nullopt;
+    };
+    EXPECT_FALSE(m.desktop.sync(m.server, t(21)).error.empty());
+    EXPECT_EQ(m.desktop.find(id)->title, "Water the ferns");
+    m.server.fault = nullptr;
+    // The laptop renames it again at :15, before the desktop's estimate at :20.
+    m.laptop.edit(t(15), [&](auto&) { m.laptop.find(id)->title = "Water the ferns and palms"; });
+    m.laptop.sync(m.server, t(16));
+    const auto outcome = m.desktop.sync(m.server, t(30));
+    EXPECT_TRUE(outcome.error.empty()) << outcome.error;
+    m.laptop.sync(m.server, t(31));
+    for (Replica* machine : {&m.laptop, &m.desktop}) {
+        EXPECT_EQ(machine->find(id)->title, "Water the ferns and palms");
+        EXPECT_EQ(machine->find(id)->estimatedMinutes, 5);
+    }
+}
+
+// A pass that removes a task deleted on the server and then fails keeps the pending
+// edits of the tasks after it in the list (their places moved with the removal).
+TEST(SyncPass, KeepsPendingEditsWhenAPassThatRemovedATaskFails) {
+    TwoMachines m;
+    m.server.erase(m.laptop.state.synced.at(m.ids[0]).href);
+    m.laptop.edit(t(10), [&](auto&) { m.laptop.find(m.ids[2])->title = "Water the plants"; });
+    m.server.fault = [](FakeCalDavCollection::Call call) -> std::optional<std::string> {
+        return call == Call::put ? std::optional<std::string>("The sync server did not answer.")
+                                 : std::nullopt;
+    };
+    EXPECT_FALSE(m.laptop.sync(m.server, t(11)).error.empty());
+    EXPECT_EQ(m.laptop.find(m.ids[0]), nullptr);
+    EXPECT_TRUE(m.laptop.state.localChanges.contains(m.ids[2]));
+    m.server.fault = nullptr;
+    EXPECT_TRUE(m.laptop.sync(m.server, t(12)).error.empty());
+    m.desktop.sync(m.server, t(13));
+    ASSERT_NE(m.desktop.find(m.ids[2]), nullptr);
+    EXPECT_EQ(m.desktop.find(m.ids[2])->title, "Water the plants");
+    EXPECT_EQ(byId(m.desktop.tasks), byId(m.laptop.tasks));
+}
+
+// Another program's edit carries no field times: its LAST-MODIFIED is the time of each
+// field it changed, while the fields it left keep the times Daywyn wrote.
+TEST(SyncPass, TakesAnotherProgramsEditsAtItsLastModifiedTime) {
+    TwoMachines m;
+    const Uuid id = m.ids[1];
+    m.laptop.edit(t(10), [&](auto&) { m.laptop.find(id)->estimatedMinutes = 40; });
+    m.laptop.sync(m.server, t(11));
+    const std::string href = m.laptop.state.synced.at(id).href;
+    // The phone renames the task at :30 (its LAST-MODIFIED) and leaves the rest.
+    std::string text = m.server.resources().at(href).ics;
+    const auto replaceLine = [&](std::string_view prefix, std::string_view line) {
+        const auto start = text.find("\r\n" + std::string(prefix));
+        ASSERT_NE(start, std::string::npos) << text;
+        text.replace(start + 2, text.find("\r\n", start + 2) - start - 2, line);
+    };
+    replaceLine("SUMMARY:", "SUMMARY:Write the report (phone)");
+    std::string phoneTime = isoText(t(30)); // "2026-03-09T13:30:00Z" -> "20260309T133000Z"
+    std::erase(phoneTime, '-');
+    std::erase(phoneTime, ':');
+    replaceLine("LAST-MODIFIED:", "LAST-MODIFIED:" + phoneTime);
+    m.server.store(href, text);
+    // The desktop renamed it at :20 (before the phone did) and estimated it at :25 (after
+    // the laptop did, though before the phone's LAST-MODIFIED).
+    m.desktop.edit(t(20), [&](auto&) { m.desktop.find(id)->title = "Write the report (desk)"; });
+    m.desktop.edit(t(25), [&](auto&) { m.desktop.find(id)->estimatedMinutes = 90; });
+    const auto outcome = m.desktop.sync(m.server, t(41));
+    EXPECT_EQ(outcome.summary.conflicts, 2);
+    EXPECT_EQ(m.desktop.find(id)->title, "Write the report (phone)");
+    EXPECT_EQ(m.desktop.find(id)->estimatedMinutes, 90);
+}
+
 TEST(SyncPass, MergesATaskCreatedOnBothMachinesWithOneId) {
     FakeCalDavCollection server;
     Replica laptop;

@@ -26,7 +26,7 @@ SyncState everyFieldState() {
     const TaskItem task = TaskBuilder("Synced").createdAt(at(ny, 2026, 3, 1)).estimate(10);
     state.synced[task.id] = {task, "/ana/t/1.ics", "\"e1\"",
                              "BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n"};
-    state.localChanges[task.id] = {task.id, at(ny, 2026, 3, 2)};
+    state.localChanges[task.id] = {task.id, at(ny, 2026, 3, 2), {{"title", at(ny, 2026, 3, 2, 9)}}};
     state.conflicts.push_back(
         {at(ny, 2026, 3, 3), task.id, "Synced", "title", "A", "B", ConflictSide::remote});
     state.lastPassAt = at(ny, 2026, 3, 4);
@@ -68,6 +68,60 @@ TEST(SyncState, NotesEveryAddedChangedAndRemovedTask) {
         ASSERT_TRUE(state.localChanges.contains(task->id)) << task->title;
         EXPECT_EQ(state.localChanges[task->id].changedAt, now);
     }
+}
+
+TEST(SyncState, KeepsEachFieldsLatestEditAndWhenTheTaskWasFirstNoted) {
+    const TaskItem task = TaskBuilder("Call the bank").createdAt(at(ny, 2026, 3, 1)).estimate(20);
+    SyncState state;
+    TaskItem renamed = task;
+    renamed.title = "Call the bank at noon";
+    noteLocalChanges(state, {task}, {renamed}, at(ny, 2026, 3, 9, 10));
+    TaskItem estimated = renamed;
+    estimated.estimatedMinutes = 30;
+    noteLocalChanges(state, {renamed}, {estimated}, at(ny, 2026, 3, 9, 12));
+    TaskItem renamedAgain = estimated;
+    renamedAgain.title = "Call the bank at one";
+    noteLocalChanges(state, {estimated}, {renamedAgain}, at(ny, 2026, 3, 9, 13));
+
+    const LocalChange& change = state.localChanges.at(task.id);
+    EXPECT_EQ(change.changedAt, at(ny, 2026, 3, 9, 10));
+    EXPECT_EQ(change.fields, (FieldTimes{{"estimatedMinutes", at(ny, 2026, 3, 9, 12)},
+                                         {"title", at(ny, 2026, 3, 9, 13)}}));
+    EXPECT_EQ(change.latest(), at(ny, 2026, 3, 9, 13));
+    EXPECT_EQ(change.fieldChangedAt("estimatedMinutes"), at(ny, 2026, 3, 9, 12));
+    EXPECT_EQ(change.fieldChangedAt("scheduledStart"), at(ny, 2026, 3, 9, 10));
+
+    // A deletion is the task's latest change.
+    noteLocalChanges(state, {renamedAgain}, {}, at(ny, 2026, 3, 9, 14));
+    EXPECT_EQ(state.localChanges.at(task.id).changedAt, at(ny, 2026, 3, 9, 14));
+}
+
+TEST(SyncStateFile, ReadsAStateWrittenBeforeFieldsHadTimesOfTheirOwn) {
+    const std::string id = "8E4C5A4E-3B1F-4C1E-9F3A-2C7D6B5A4F3E";
+    const std::string older = R"({
+  "conflicts": [],
+  "localChanges": [{"changedAt": "2026-03-09T15:00:00Z", "taskId": ")" +
+                              id + R"("}],
+  "syncToken": "t1",
+  "synced": []
+})";
+    const auto decoded = decodeSyncState(older);
+    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    const auto uuid = Uuid::parse(id);
+    ASSERT_TRUE(uuid.has_value());
+    const LocalChange& change = decoded->localChanges.at(*uuid);
+    EXPECT_TRUE(change.fields.empty());
+    EXPECT_EQ(isoText(change.fieldChangedAt("title")), "2026-03-09T15:00:00Z");
+    EXPECT_EQ(decoded->syncToken, "t1");
+    // Written again, it reads back the same, now with its (empty) field times.
+    const auto again = decodeSyncState(encodeSyncState(decoded.value()));
+    ASSERT_TRUE(again.ok()) << again.error();
+    EXPECT_EQ(again.value(), decoded.value());
+
+    const auto wrongTime =
+        decodeSyncState(R"({"localChanges": [{"changedAt": "2026-03-09T15:00:00Z", "taskId": ")" +
+                        id + R"(", "fields": {"title": "yesterday"}}]})");
+    EXPECT_FALSE(wrongTime.ok());
 }
 
 TEST(SyncStateFile, KeepsEveryFieldInItsOwnFileUnderTheStateFolder) {

@@ -119,6 +119,86 @@ TEST(TaskMerge, SettlesEachFieldAgainstTheLastSyncedCopy) {
     }
 }
 
+// Each side's fields edited at times of their own: the same field edited on both keeps
+// the later edit of that field, whichever side edited the task last.
+TEST(TaskMerge, DecidesEachConflictByTheTimesOfThatField) {
+    const auto hour = [](int h) {
+        return at(ny, 2026, 3, 9, h);
+    };
+    struct FieldCase {
+        const char* name;
+        sync::EditTimes localEdits;
+        sync::EditTimes remoteEdits;
+        std::string title;
+        long long estimate;
+        std::vector<std::pair<std::string, ConflictSide>> conflicts;
+    };
+    // Here: the title at `title`, the estimate at `estimate`; there the same two fields.
+    const FieldCase cases[] = {
+        {"title 10:00 and estimate 12:00 here, both 11:00 there (another program)",
+         {hour(12), {{"title", hour(10)}, {"estimatedMinutes", hour(12)}}},
+         {hour(11)},
+         "Visit the bank",
+         30,
+         {{"estimatedMinutes", ConflictSide::remote}, {"title", ConflictSide::local}}},
+        {"title 10:00 here; there title 9:00 and estimate 13:00 (Daywyn's times)",
+         {hour(10), {{"title", hour(10)}, {"estimatedMinutes", hour(8)}}},
+         {hour(13), {{"title", hour(9)}, {"estimatedMinutes", hour(13)}}},
+         "Call the bank at noon",
+         45,
+         {{"estimatedMinutes", ConflictSide::local}, {"title", ConflictSide::remote}}},
+        {"fields without their own time fall back to the task's",
+         {hour(10), {{"title", hour(14)}}},
+         {hour(11), {{"title", hour(13)}}},
+         "Call the bank at noon",
+         45,
+         {{"estimatedMinutes", ConflictSide::local}, {"title", ConflictSide::remote}}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const TaskItem base = baseTask();
+        TaskItem local = base;
+        local.title = "Call the bank at noon";
+        local.estimatedMinutes = 30;
+        TaskItem remote = base;
+        remote.title = "Visit the bank";
+        remote.estimatedMinutes = 45;
+        const auto merged = mergeTask(&base, local, c.localEdits, remote, c.remoteEdits);
+        EXPECT_EQ(merged.task.title, c.title);
+        EXPECT_EQ(merged.task.estimatedMinutes, c.estimate);
+        std::vector<std::pair<std::string, ConflictSide>> conflicts;
+        for (const auto& conflict : merged.conflicts) {
+            conflicts.emplace_back(conflict.field, conflict.lost);
+        }
+        EXPECT_EQ(conflicts, c.conflicts);
+        // The merged fields carry the time of the edit they were taken from.
+        const bool localTitle = c.title == local.title;
+        EXPECT_EQ(merged.fieldTimes.at("title"),
+                  localTitle ? c.localEdits.of("title") : c.remoteEdits.of("title"));
+        const bool localEstimate = c.estimate == 30;
+        EXPECT_EQ(merged.fieldTimes.at("estimatedMinutes"),
+                  localEstimate ? c.localEdits.of("estimatedMinutes")
+                                : c.remoteEdits.of("estimatedMinutes"));
+        EXPECT_EQ(merged.fieldTimes.size(), 2u) << "fields left as the base carry no time";
+    }
+}
+
+TEST(TaskMerge, GivesEachFieldTheTimeOfTheSideItCameFrom) {
+    const TaskItem base = baseTask();
+    TaskItem local = base;
+    TaskItem remote = base;
+    local.title = "Call the bank today";
+    remote.estimatedMinutes = 5;
+    local.sessions.push_back({Uuid::random(), at(ny, 2026, 3, 9, 8), at(ny, 2026, 3, 9, 9)});
+    remote.sessions.push_back({Uuid::random(), at(ny, 2026, 3, 9, 12), at(ny, 2026, 3, 9, 13)});
+    const auto merged =
+        mergeTask(&base, local, {earlier, {{"sessions", later + 3600}}}, remote, later);
+    EXPECT_EQ(merged.fieldTimes,
+              (sync::FieldTimes{
+                  {"estimatedMinutes", later}, {"sessions", later + 3600}, {"title", earlier}}));
+    EXPECT_EQ(merged.task.sessions.size(), 2u);
+}
+
 TEST(TaskMerge, LogsBothValuesOfAConflictAsText) {
     const TaskItem base = baseTask();
     TaskItem local = base;

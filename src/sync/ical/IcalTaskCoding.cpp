@@ -17,6 +17,8 @@ constexpr std::string_view kOwnPrefix = "X-DAYWYN-";
 constexpr const char* kScheduledDayName = "X-DAYWYN-SCHEDULED-DAY";
 constexpr const char* kRecurrenceName = "X-DAYWYN-RECURRENCE";
 constexpr const char* kPriorityRankName = "X-DAYWYN-PRIORITY-RANK";
+// When each field last changed (fieldTimesText); named after no field of the record.
+constexpr const char* kFieldTimesName = "X-DAYWYN-FIELD-TIMES";
 
 // The fields written as standard properties; every other field of the task record goes
 // into an X-DAYWYN- property of its own, named after it.
@@ -473,6 +475,9 @@ Result<DecodedTask> decodeTodo(icalcomponent* root, icalcomponent* todo, const C
     if (!decoded.lastModified) {
         decoded.lastModified = timeOf(root, todo, ICAL_DTSTAMP_PROPERTY, calendar);
     }
+    if (const auto times = ownText(todo, kFieldTimesName)) {
+        decoded.fieldTimes = readFieldTimes(*times, task);
+    }
     return decoded;
 }
 
@@ -624,10 +629,42 @@ Result<DecodedTask> IcalTaskCoding::decode(std::string_view ics, const Calendar&
     return decodeTodo(parsed.root.get(), parsed.todo, calendar);
 }
 
-std::string IcalTaskCoding::encode(const TaskItem& given, std::string_view previous,
-                                   Instant modifiedAt, const Calendar& calendar) const {
+std::string IcalTaskCoding::encode(const TaskItem& given, const FieldTimes& fieldTimes,
+                                   std::string_view previous, Instant modifiedAt,
+                                   const Calendar& calendar) const {
     const TaskItem task = atWholeSeconds(given);
     Parsed parsed = previous.empty() ? Parsed{} : parse(previous);
+    // Every field's time: the one given; else the previous text's while the value is
+    // unchanged (another program's text gives its LAST-MODIFIED); else this write's.
+    FieldTimes times;
+    if (parsed.root && parsed.todo != nullptr) {
+        if (auto before = decodeTodo(parsed.root.get(), parsed.todo, calendar)) {
+            const auto changed = differingFields(before->task, task);
+            for (const auto& [name, at] : before->fieldTimes) {
+                times.emplace(name, at);
+            }
+            std::apply(
+                [&](const auto&... field) {
+                    ((times.contains(field.key) || !before->lastModified
+                          ? void()
+                          : void(times.emplace(std::string(field.key), *before->lastModified))),
+                     ...);
+                },
+                JsonRecord<TaskItem>::fields);
+            for (const std::string_view name : changed) {
+                times.erase(std::string(name));
+            }
+        }
+    }
+    for (const auto& [name, at] : fieldTimes) {
+        times.insert_or_assign(name, at);
+    }
+    std::apply(
+        [&](const auto&... field) {
+            ((void)times.try_emplace(std::string(field.key), modifiedAt), ...);
+        },
+        JsonRecord<TaskItem>::fields);
+
     if (parsed.root && parsed.todo != nullptr) {
         parsed = inCalendar(std::move(parsed));
         const auto uid = textOf(icalcomponent_get_uid(parsed.todo));
@@ -684,6 +721,7 @@ std::string IcalTaskCoding::encode(const TaskItem& given, std::string_view previ
         writePriorityRank(todo, task.priorityRank);
     }
     writeOwnFields(todo, now, task);
+    setOwn(todo, kFieldTimesName, fieldTimesText(task, times));
 
     char* text = icalcomponent_as_ical_string_r(root);
     std::string written = text ? text : "";
@@ -694,7 +732,7 @@ std::string IcalTaskCoding::encode(const TaskItem& given, std::string_view previ
     if (!previous.empty()) {
         const auto check = decode(written, calendar);
         if (!check || !sameAtWholeSeconds(check->task, task)) {
-            return encode(task, {}, modifiedAt, calendar);
+            return encode(task, times, {}, modifiedAt, calendar);
         }
     }
     return written;

@@ -9,6 +9,11 @@ namespace {
 // A listing that fell back from sync tokens to ctags carries the ctag as its token,
 // marked so that the next call compares ctags instead of asking for a report.
 constexpr std::string_view kCtagToken = "daywyn-ctag:";
+// A listing from sync tokens carries the collection's ctag beside the token
+// ("daywyn-ctag+sync:<ctag>\n<token>"; no ctag when the server has none), so that a pass
+// first asks for the ctag alone and reports changes only when it moved. Servers that
+// work out both from every entry of the list (Radicale) answer the ctag sooner.
+constexpr std::string_view kCtagAndSyncToken = "daywyn-ctag+sync:";
 
 // Hrefs per calendar-multiget, so that a list of thousands is not one huge request.
 constexpr std::size_t kHrefsPerFetch = 200;
@@ -74,12 +79,42 @@ Result<ChangeListing> CalDavClient::changesSince(const std::string& syncToken) {
     if (startsWith(syncToken, kCtagToken)) {
         return listEverything(syncToken.substr(kCtagToken.size()));
     }
+    std::string token = syncToken;
+    std::optional<std::string> knownCtag;
+    if (startsWith(syncToken, kCtagAndSyncToken)) {
+        const std::string both = syncToken.substr(kCtagAndSyncToken.size());
+        const auto newline = both.find('\n');
+        knownCtag = both.substr(0, newline);
+        token = newline == std::string::npos ? std::string() : both.substr(newline + 1);
+    }
+    // Read before the report: a change made after it moves the ctag again, so the next
+    // pass reports it.
+    std::string ctag;
+    if (!knownCtag || !knownCtag->empty()) {
+        auto current = currentCtag();
+        if (!current) {
+            return Error{current.error()};
+        }
+        ctag = current.value();
+        if (knownCtag && ctag == *knownCtag && !token.empty()) {
+            ChangeListing unchanged;
+            unchanged.syncToken = syncToken;
+            return unchanged;
+        }
+    }
     bool unsupported = false;
-    auto listing = reportChanges(syncToken, unsupported);
+    auto listing = reportChanges(token, unsupported);
     if (!listing && unsupported) {
         return listEverything({});
     }
-    return listing;
+    if (!listing) {
+        return listing;
+    }
+    ChangeListing changes = std::move(listing).value();
+    if (!changes.syncToken.empty()) {
+        changes.syncToken = std::string(kCtagAndSyncToken) + ctag + "\n" + changes.syncToken;
+    }
+    return changes;
 }
 
 Result<ChangeListing> CalDavClient::reportChanges(const std::string& syncToken, bool& unsupported) {

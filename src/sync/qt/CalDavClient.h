@@ -10,8 +10,10 @@ namespace daywyn::sync {
 // A task list on a CalDAV server (RFC 4791) over HTTP. Changes are listed with a
 // sync-collection report (RFC 6578); a server without one, or one that refuses the
 // token, gets a PROPFIND listing of every etag instead, skipped while the collection's
-// ctag is unchanged. Objects are read with calendar-multiget and written with
-// conditional PUT and DELETE. Calls block their thread for at most the time limit.
+// ctag is unchanged. With sync tokens too, a pass asks for the ctag first and reports
+// changes only when it moved: one cheap request when nothing changed. Objects are read with
+// calendar-multiget and written with conditional PUT and DELETE. Calls block their thread for at
+// most the time limit.
 class CalDavClient final : public CalDavCollection {
 public:
     CalDavClient(const QUrl& collection, DavCredentials credentials,

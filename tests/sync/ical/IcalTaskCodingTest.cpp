@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/TaskBuilder.h"
+#include "sync/TaskMerge.h"
 
 namespace daywyn::test {
 
@@ -38,7 +39,7 @@ TaskItem everyField(const Calendar& c, int dstDay) {
 }
 
 TaskItem roundTrip(const TaskItem& task, const Calendar& calendar, std::string* text = nullptr) {
-    const std::string ics = coding.encode(task, {}, task.createdAt + 60, calendar);
+    const std::string ics = coding.encode(task, {}, {}, task.createdAt + 60, calendar);
     if (text != nullptr) {
         *text = ics;
     }
@@ -199,7 +200,7 @@ TEST(IcalTaskCoding, KeepsWhatAnotherClientWroteWhenTheTaskChanges) {
     TaskItem task = coding.decode(kForeign, ny)->task;
     task.title = "Buy paint and brushes";
     task.estimatedMinutes = 30;
-    const std::string text = coding.encode(task, kForeign, at(ny, 2026, 3, 2), ny);
+    const std::string text = coding.encode(task, {}, kForeign, at(ny, 2026, 3, 2), ny);
     for (const char* kept :
          {"UID:phone-task-42@example.com", "DESCRIPTION:White\\, matte\\nTwo litres",
           // libical writes a list of categories as one property per category.
@@ -220,13 +221,13 @@ TEST(IcalTaskCoding, MovesARelativeAlarmOnlyAsFarAsTheReminderMoves) {
     TaskItem task = coding.decode(kForeign, ny)->task;
     // A later start leaves the reminder where it was: the alarm becomes absolute.
     task.scheduledStart = at(ny, 2026, 3, 9, 11);
-    std::string text = coding.encode(task, kForeign, at(ny, 2026, 3, 2), ny);
+    std::string text = coding.encode(task, {}, kForeign, at(ny, 2026, 3, 2), ny);
     EXPECT_EQ(coding.decode(text, ny)->task, task);
     EXPECT_EQ(text.find("TRIGGER:-PT15M"), std::string::npos) << text;
 
     // Clearing the reminder removes the alarm.
     task.reminderDate.reset();
-    text = coding.encode(task, text, at(ny, 2026, 3, 2), ny);
+    text = coding.encode(task, {}, text, at(ny, 2026, 3, 2), ny);
     EXPECT_EQ(coding.decode(text, ny)->task, task);
     EXPECT_EQ(text.find("BEGIN:VALARM"), std::string::npos) << text;
 }
@@ -265,7 +266,7 @@ TEST(IcalTaskCoding, DropsLibicalsParseNotesAndKeepsTheRest) {
     TaskItem task = coding.decode(broken, ny)->task;
     EXPECT_EQ(task.title, "Broken");
     task.title = "Mended";
-    const std::string text = coding.encode(task, broken, at(ny, 2026, 3, 2), ny);
+    const std::string text = coding.encode(task, {}, broken, at(ny, 2026, 3, 2), ny);
     EXPECT_EQ(text.find("X-LIC-ERROR"), std::string::npos) << text;
     EXPECT_NE(text.find("X-OTHER:kept"), std::string::npos) << text;
     EXPECT_EQ(coding.decode(text, ny)->task, task);
@@ -277,10 +278,99 @@ TEST(IcalTaskCoding, WritesATaskFoundOutsideACalendarIntoOneWithItsZone) {
     misspelt.replace(misspelt.find("BEGIN:VCALENDAR"), 15, "BEGIN:VCALENDRA");
     misspelt.replace(misspelt.find("END:VCALENDAR"), 13, "END:VCALENDRA");
     const TaskItem task = coding.decode(misspelt, ny)->task;
-    const std::string text = coding.encode(task, misspelt, at(ny, 2026, 3, 2), ny);
+    const std::string text = coding.encode(task, {}, misspelt, at(ny, 2026, 3, 2), ny);
     EXPECT_EQ(text.rfind("BEGIN:VCALENDAR", 0), 0u) << text;
     EXPECT_NE(text.find("TZID:Eastern"), std::string::npos) << text;
     EXPECT_EQ(coding.decode(text, ny)->task, task);
+}
+
+} // namespace daywyn::test
+
+namespace daywyn::test {
+
+namespace {
+
+// The text with the first property starting with `prefix` (folded lines and all)
+// replaced by `line`, as another program would edit it.
+std::string withLine(std::string text, std::string_view prefix, std::string_view line) {
+    const auto start = text.find("\r\n" + std::string(prefix));
+    EXPECT_NE(start, std::string::npos) << prefix << "\n" << text;
+    if (start == std::string::npos) {
+        return text;
+    }
+    auto end = text.find("\r\n", start + 2);
+    while (end != std::string::npos && end + 2 < text.size() && text[end + 2] == ' ') {
+        end = text.find("\r\n", end + 2);
+    }
+    return text.replace(start + 2, end - start - 2, line);
+}
+
+} // namespace
+
+TEST(IcalTaskCoding, CarriesEachFieldsChangeTimeWhileNoOtherProgramEditsTheField) {
+    const Calendar ny = newYork();
+    const TaskItem task = everyField(ny, 8);
+    const Instant written = at(utc(), 2026, 3, 9, 18);
+    const sync::FieldTimes given{{"title", at(utc(), 2026, 3, 9, 15)},
+                                 {"estimatedMinutes", at(utc(), 2026, 3, 9, 17)}};
+    const std::string text = coding.encode(task, given, {}, written, ny);
+    auto decoded = coding.decode(text, ny);
+    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    // The fields given keep their times; every other one is at the time of the write.
+    EXPECT_EQ(decoded->fieldTimes.at("title"), at(utc(), 2026, 3, 9, 15));
+    EXPECT_EQ(decoded->fieldTimes.at("estimatedMinutes"), at(utc(), 2026, 3, 9, 17));
+    EXPECT_EQ(decoded->fieldTimes.at("checklist"), written);
+    EXPECT_EQ(decoded->fieldTimes.size(), 19u);
+
+    // Another program renames the task and says so in LAST-MODIFIED only: the title
+    // loses its time (LAST-MODIFIED stands for it), the other fields keep theirs.
+    const std::string renamed = withLine(withLine(text, "SUMMARY", "SUMMARY:Renamed on the phone"),
+                                         "LAST-MODIFIED", "LAST-MODIFIED:20260309T200000Z");
+    decoded = coding.decode(renamed, ny);
+    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    EXPECT_FALSE(decoded->fieldTimes.contains("title"));
+    EXPECT_EQ(decoded->fieldTimes.at("estimatedMinutes"), at(utc(), 2026, 3, 9, 17));
+    EXPECT_EQ(decoded->fieldTimes.at("checklist"), written);
+    EXPECT_EQ(decoded->lastModified, at(utc(), 2026, 3, 9, 20));
+
+    // Written over that text with a new estimate: the title takes the other program's
+    // LAST-MODIFIED, the untouched fields keep their times, the estimate gets the new one.
+    TaskItem edited = decoded->task;
+    edited.estimatedMinutes = 50;
+    const std::string again =
+        coding.encode(edited, {{"estimatedMinutes", at(utc(), 2026, 3, 9, 21)}}, renamed,
+                      at(utc(), 2026, 3, 9, 21), ny);
+    decoded = coding.decode(again, ny);
+    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    EXPECT_EQ(decoded->task, sync::atWholeSeconds(edited));
+    EXPECT_EQ(decoded->fieldTimes.at("title"), at(utc(), 2026, 3, 9, 20));
+    EXPECT_EQ(decoded->fieldTimes.at("estimatedMinutes"), at(utc(), 2026, 3, 9, 21));
+    EXPECT_EQ(decoded->fieldTimes.at("checklist"), written);
+    EXPECT_EQ(decoded->fieldTimes.size(), 19u);
+}
+
+TEST(IcalTaskCoding, GivesNoFieldTimesForAMangledOrForeignTimesProperty) {
+    const Calendar ny = newYork();
+    const TaskItem task = TaskBuilder("Plan trip").createdAt(at(utc(), 2026, 3, 1)).estimate(60);
+    const std::string text =
+        coding.encode(task, {{"title", at(utc(), 2026, 3, 2)}}, {}, at(utc(), 2026, 3, 3), ny);
+    ASSERT_EQ(coding.decode(text, ny)->fieldTimes.at("title"), at(utc(), 2026, 3, 2));
+    for (const char* mangled : {"X-DAYWYN-FIELD-TIMES:", "X-DAYWYN-FIELD-TIMES:yesterday",
+                                "X-DAYWYN-FIELD-TIMES:2026-03-03T00:00:00Z#zz title@x#1",
+                                "X-DAYWYN-FIELD-TIMES:2026-13-03T00:00:00Z#00000000 @ title@"}) {
+        SCOPED_TRACE(mangled);
+        const auto decoded = coding.decode(withLine(text, "X-DAYWYN-FIELD-TIMES", mangled), ny);
+        ASSERT_TRUE(decoded.ok()) << decoded.error();
+        EXPECT_EQ(decoded->task, task);
+        EXPECT_TRUE(decoded->fieldTimes.empty());
+    }
+    // The fingerprint of the shared time covers every field it stands for: one of them
+    // edited elsewhere takes the time from all of them, the listed title keeps its own.
+    const auto edited = coding.decode(
+        withLine(text, "X-DAYWYN-ESTIMATED-MINUTES", "X-DAYWYN-ESTIMATED-MINUTES:90"), ny);
+    ASSERT_TRUE(edited.ok());
+    EXPECT_EQ(edited->task.estimatedMinutes, 90);
+    EXPECT_EQ(edited->fieldTimes, (sync::FieldTimes{{"title", at(utc(), 2026, 3, 2)}}));
 }
 
 } // namespace daywyn::test
