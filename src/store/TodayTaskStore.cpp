@@ -1,12 +1,14 @@
 #include "store/TodayTaskStore.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/Text.h"
 #include "store/DailyReportBuilder.h"
 #include "store/FirstRunTasks.h"
 #include "store/Recurrence.h"
 #include "store/TaskTimer.h"
+#include "sync/SyncPass.h"
 
 namespace daywyn {
 
@@ -614,6 +616,26 @@ void TodayTaskStore::markOverdueEndScheduled(const Uuid& taskID, Instant date) {
         tasks_[*index].notifiedOverdueEnd = date;
         Impl::commitChange(*this);
     }
+}
+
+// ---- sync ----
+
+std::optional<std::string> TodayTaskStore::applySyncedTasks(const std::vector<TaskItem>& snapshot,
+                                                            const std::vector<TaskItem>& synced) {
+    std::vector<TaskItem> merged = sync::applySyncResult(tasks_, snapshot, synced);
+    // Each machine pins with the lowest free rank, so two may have used the same one.
+    repairPriorities(merged);
+    if (merged == tasks_) {
+        return std::nullopt;
+    }
+    std::vector<TaskItem> previous = std::exchange(tasks_, std::move(merged));
+    return Impl::saveTasks(
+        *this, [this, &previous] { tasks_ = std::move(previous); },
+        [this] {
+            if (focusedTaskID_ && !Impl::indexOf(*this, *focusedTaskID_)) {
+                focusedTaskID_.reset();
+            }
+        });
 }
 
 // ---- reports ----

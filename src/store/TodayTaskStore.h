@@ -119,6 +119,15 @@ public:
     void markTaskReminderScheduled(const Uuid& taskID, Instant date);
     void markOverdueEndScheduled(const Uuid& taskID, Instant date);
 
+    // ---- sync ----
+    // Takes in what a sync pass brought back. The pass ran on `snapshot` (the task list
+    // when it began) and produced `synced`; a task edited, added or deleted here since
+    // the snapshot stays as the user left it. Pinned ranks that now collide are
+    // repaired. Returns the sentence of a failed save (the list is then unchanged), or
+    // nothing.
+    std::optional<std::string> applySyncedTasks(const std::vector<TaskItem>& snapshot,
+                                                const std::vector<TaskItem>& synced);
+
     // ---- reports ----
     // Generates, stores and returns the daily report that is due at `at`, if any.
     std::optional<DailyReport> generateDueReportIfNeeded(Instant at, const Calendar& calendar);
