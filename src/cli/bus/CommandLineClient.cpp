@@ -46,14 +46,17 @@ Instant currentInstant() {
 
 // How long the running app may take to answer a handed-over verb. DAYWYN_BUS_TIMEOUT_MS
 // shortens it for the tests of an app that never answers.
-std::uint64_t answerTimeoutMicroseconds() {
+std::uint64_t answerTimeoutMicroseconds(std::uint64_t usual = 10'000'000) {
     if (const char* text = std::getenv("DAYWYN_BUS_TIMEOUT_MS")) {
         if (const long long ms = std::atoll(text); ms > 0) {
             return static_cast<std::uint64_t>(ms) * 1000;
         }
     }
-    return 10'000'000;
+    return usual;
 }
+
+// A sync pass handed to the app talks to a server, each request with its own 30 s limit.
+constexpr std::uint64_t kSyncAnswerMicroseconds = 300'000'000;
 
 // A repository that loads but never writes: reading verbs must not change the file,
 // not even by the store's start-up save after a migration.
@@ -167,7 +170,8 @@ bool appIsRunning(sd_bus* bus) {
 // Daywyn through its service file when it is not running.
 // `errorName` receives the D-Bus error's name when the call failed.
 CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool startApp,
-                       std::string* errorName = nullptr) {
+                       std::string* errorName = nullptr,
+                       std::uint64_t timeout = answerTimeoutMicroseconds()) {
     const SdBus& sd = *SdBus::load();
     sd_bus_message* raw = nullptr;
     if (sd.newMethodCall(bus, &raw, kBusName, kBusObjectPath, kBusInterface, "Run") < 0) {
@@ -184,7 +188,7 @@ CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool s
 
     sd_bus_error error = SD_BUS_ERROR_NULL;
     sd_bus_message* reply = nullptr;
-    const int r = sd.call(bus, call.get(), answerTimeoutMicroseconds(), &error, &reply);
+    const int r = sd.call(bus, call.get(), timeout, &error, &reply);
     Message answer(reply);
     CommandOutput output;
     if (r == -ETIMEDOUT) {
@@ -485,7 +489,8 @@ int runCommandLine(const std::vector<std::string>& given) {
         // the app is the one writer and carries it out.
         if (access == VerbAccess::writing) {
             if (Bus bus = sessionBus(); bus && appIsRunning(bus.get())) {
-                return print(runInApp(bus.get(), args, false));
+                return print(runInApp(bus.get(), args, false, nullptr,
+                                      answerTimeoutMicroseconds(kSyncAnswerMicroseconds)));
             }
         }
         return runHere(parsed.line, nullptr, {});
