@@ -2,6 +2,7 @@
 // its own data file and a sync controller over its own sync state, editing through the
 // store as the screens do and syncing on their own.
 #include <QTemporaryDir>
+#include <QTest>
 #include <gtest/gtest.h>
 
 #include "RadicaleServer.h"
