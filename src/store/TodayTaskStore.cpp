@@ -8,7 +8,6 @@
 #include "store/FirstRunTasks.h"
 #include "store/Recurrence.h"
 #include "store/TaskTimer.h"
-#include "sync/SyncPass.h"
 
 namespace daywyn {
 
@@ -620,10 +619,7 @@ void TodayTaskStore::markOverdueEndScheduled(const Uuid& taskID, Instant date) {
 
 // ---- sync ----
 
-std::optional<std::string> TodayTaskStore::applySyncedTasks(const std::vector<TaskItem>& snapshot,
-                                                            const std::vector<TaskItem>& synced) {
-    std::vector<TaskItem> merged = sync::applySyncResult(tasks_, snapshot, synced);
-    // Each machine pins with the lowest free rank, so two may have used the same one.
+std::optional<std::string> TodayTaskStore::replaceWithSyncedTasks(std::vector<TaskItem> merged) {
     repairPriorities(merged);
     if (merged == tasks_) {
         return std::nullopt;

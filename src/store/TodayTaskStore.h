@@ -120,13 +120,11 @@ public:
     void markOverdueEndScheduled(const Uuid& taskID, Instant date);
 
     // ---- sync ----
-    // Takes in what a sync pass brought back. The pass ran on `snapshot` (the task list
-    // when it began) and produced `synced`; a task edited, added or deleted here since
-    // the snapshot stays as the user left it. Pinned ranks that now collide are
-    // repaired. Returns the sentence of a failed save (the list is then unchanged), or
-    // nothing.
-    std::optional<std::string> applySyncedTasks(const std::vector<TaskItem>& snapshot,
-                                                const std::vector<TaskItem>& synced);
+    // Takes in the task list a sync pass led to, already merged with what the user did
+    // while it ran. Pinned ranks that now collide (each machine pins with its lowest
+    // free rank) are repaired, and a focused task that is gone loses the focus. Returns
+    // the sentence of a failed save (the list is then unchanged), or nothing.
+    std::optional<std::string> replaceWithSyncedTasks(std::vector<TaskItem> merged);
 
     // ---- reports ----
     // Generates, stores and returns the daily report that is due at `at`, if any.

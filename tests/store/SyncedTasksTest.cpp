@@ -1,7 +1,9 @@
-// The store taking in what a sync pass brought back while the user went on editing.
+// The store taking in what a sync pass brought back, merged with what the user did
+// while it ran.
 #include <gtest/gtest.h>
 
 #include "store/StoreUnderTest.h"
+#include "sync/SyncPass.h"
 
 namespace daywyn {
 namespace {
@@ -40,7 +42,9 @@ TEST(StoreSyncedTasks, ThePassesChangesArriveAndEditsMadeMeanwhileStay) {
     ASSERT_FALSE(s.store.addTaskReliably(draftTitled("Typed meanwhile"), kNow, kBerlin));
     const int changesBefore = s.changes;
 
-    ASSERT_EQ(s.store.applySyncedTasks(snapshot, synced), std::nullopt);
+    ASSERT_EQ(
+        s.store.replaceWithSyncedTasks(sync::applySyncResult(s.store.tasks(), snapshot, synced)),
+        std::nullopt);
     EXPECT_EQ(s.store.task(rent.id)->title, "Pay rent by noon");
     // Edited here meanwhile: as the user left it (the next pass merges the estimate).
     EXPECT_EQ(s.store.task(bank.id)->title, "Call the bank at 10");
@@ -53,7 +57,7 @@ TEST(StoreSyncedTasks, ThePassesChangesArriveAndEditsMadeMeanwhileStay) {
 
     // A result that changes nothing writes nothing.
     const int saves = s.repo->saveCount();
-    EXPECT_EQ(s.store.applySyncedTasks(s.store.tasks(), s.store.tasks()), std::nullopt);
+    EXPECT_EQ(s.store.replaceWithSyncedTasks(s.store.tasks()), std::nullopt);
     EXPECT_EQ(s.repo->saveCount(), saves);
 }
 
@@ -64,7 +68,7 @@ TEST(StoreSyncedTasks, PinsThatCollideAcrossMachinesKeepOneHolderPerRank) {
     std::vector<TaskItem> synced = s.store.tasks();
     synced[1].priorityRank = 1;
 
-    ASSERT_EQ(s.store.applySyncedTasks(s.store.tasks(), synced), std::nullopt);
+    ASSERT_EQ(s.store.replaceWithSyncedTasks(synced), std::nullopt);
     const int holders = static_cast<int>(s.store.task(here.id)->priorityRank == 1) +
                         static_cast<int>(s.store.task(there.id)->priorityRank == 1);
     EXPECT_EQ(holders, 1);
@@ -77,13 +81,13 @@ TEST(StoreSyncedTasks, AFailedSaveLeavesTheListAsItWasAndSaysWhy) {
     const std::vector<TaskItem> before = s.store.tasks();
     // The server deleted the focused task.
     s.repo->failNextSaves(1);
-    const auto failed = s.store.applySyncedTasks(before, {});
+    const auto failed = s.store.replaceWithSyncedTasks({});
     ASSERT_TRUE(failed);
     EXPECT_NE(failed->find("No space left on device"), std::string::npos);
     EXPECT_EQ(s.store.tasks(), before);
     EXPECT_EQ(s.store.focusedTaskID(), task.id);
 
-    ASSERT_EQ(s.store.applySyncedTasks(before, {}), std::nullopt);
+    ASSERT_EQ(s.store.replaceWithSyncedTasks({}), std::nullopt);
     EXPECT_TRUE(s.store.tasks().empty());
     EXPECT_EQ(s.store.focusedTaskID(), std::nullopt);
 }

@@ -96,8 +96,8 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     taskSync_ = std::make_unique<sync::SyncController>(
         sync::SyncController::TaskList{
             [this]() -> const std::vector<TaskItem>& { return store_->tasks(); },
-            [this](const std::vector<TaskItem>& snapshot, const std::vector<TaskItem>& synced) {
-                return store_->applySyncedTasks(snapshot, synced);
+            [this](std::vector<TaskItem> merged) {
+                return store_->replaceWithSyncedTasks(std::move(merged));
             }},
         // Without a home folder the state cannot load, and the settings page says why.
         sync::SyncStateFile(syncStatePath ? syncStatePath.value() : std::string(),

@@ -161,7 +161,6 @@ void SyncController::startPass() {
                                             std::exchange(waiting_, {}),
                                             {}});
     running_ = pass;
-    ++passesStarted_;
     worker_ = QThread::create([pass] { pass->run(); });
     connect(worker_, &QThread::finished, this, [this, pass] { finishPass(pass); });
     worker_->start();
@@ -179,7 +178,9 @@ void SyncController::finishPass(const std::shared_ptr<Pass>& pass) {
     bool taken = true;
     if (outcome.tasksChanged) {
         applyingPass_ = true;
-        const auto failed = tasks_.applySynced(pass->snapshot, outcome.tasks);
+        // Done here, on the thread that edits the list, so nothing comes in between.
+        const auto failed =
+            tasks_.replace(applySyncResult(tasks_.tasks(), pass->snapshot, outcome.tasks));
         applyingPass_ = false;
         if (failed) {
             // The tasks could not be saved: the state stays as it was, so the next pass

@@ -76,11 +76,9 @@ public:
     // The live task list (the app's store), read and changed on this thread only.
     struct TaskList {
         std::function<const std::vector<TaskItem>&()> tasks;
-        // Takes in a pass's result: the pass ran on `snapshot` and made `synced`; what
-        // was edited meanwhile stays. The sentence of a failed save, or nothing.
-        std::function<std::optional<std::string>(const std::vector<TaskItem>& snapshot,
-                                                 const std::vector<TaskItem>& synced)>
-            applySynced;
+        // Replaces the list with a pass's result merged with the edits made meanwhile.
+        // The sentence of a failed save, or nothing.
+        std::function<std::optional<std::string>(std::vector<TaskItem> merged)> replace;
     };
 
     struct Timing {
@@ -114,7 +112,6 @@ public:
     const SyncState& state() const { return state_; }
     bool isSetUp() const { return state_.account.has_value(); }
     bool isSyncing() const { return worker_ != nullptr; }
-    int passesStarted() const { return passesStarted_; }
     QString statusLine() const;
     bool hasFailed() const { return isSetUp() && !state_.lastError.empty(); }
     QString serverUrl() const;
@@ -159,7 +156,6 @@ private:
     QThread* worker_ = nullptr;
     std::shared_ptr<Pass> running_;
     std::vector<std::function<void(const PassReport&)>> waiting_;
-    int passesStarted_ = 0;
     QString notice_;
     QTimer afterChange_;
     QTimer period_;

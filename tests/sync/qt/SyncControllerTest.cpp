@@ -99,8 +99,8 @@ protected:
         controller = std::make_unique<SyncController>(
             SyncController::TaskList{
                 [this]() -> const std::vector<TaskItem>& { return store.tasks(); },
-                [this](const std::vector<TaskItem>& snapshot, const std::vector<TaskItem>& synced) {
-                    return store.applySyncedTasks(snapshot, synced);
+                [this](std::vector<TaskItem> merged) {
+                    return store.replaceWithSyncedTasks(std::move(merged));
                 }},
             SyncStateFile(statePath(), std::make_shared<PosixFileSystem>()),
             std::make_shared<IcalTaskCoding>(),
@@ -152,7 +152,8 @@ protected:
     std::atomic<int> callsInside{0};
     std::atomic<int> maxCallsInside{0};
     bool keyringLocked = false;
-    int opened = 0;
+    // Passes started: each opens the task list once, on its worker thread.
+    std::atomic<int> opened{0};
     TaskItem serverCopy;
 };
 
@@ -166,8 +167,7 @@ TEST_F(SyncControllerTest, WithoutAnAccountNothingRunsAndTheDrawerSaysNothing) {
     controller->runPass([&](const PassReport& ended) { report = ended; });
 
     QTest::qWait(150);
-    EXPECT_EQ(opened, 0);
-    EXPECT_EQ(controller->passesStarted(), 0);
+    EXPECT_EQ(opened.load(), 0);
     EXPECT_EQ(controller->statusLine(), QString());
     ASSERT_TRUE(report);
     EXPECT_EQ(report->error, SyncController::notSetUpSentence());
@@ -178,7 +178,7 @@ TEST_F(SyncControllerTest, ChangesAreNotedWithTheirTimeAndABurstIsSentByOnePass)
     const Uuid before = add("Made before the app started");
     makeController();
     startAndSettle();
-    EXPECT_EQ(controller->passesStarted(), 1);
+    EXPECT_EQ(opened.load(), 1);
     ASSERT_NE(onServer(before), nullptr);
     EXPECT_EQ(controller->statusLine(), QStringLiteral("Synced just now"));
 
@@ -193,10 +193,10 @@ TEST_F(SyncControllerTest, ChangesAreNotedWithTheirTimeAndABurstIsSentByOnePass)
               (kStart + 121).seconds);
     EXPECT_EQ(controller->statusLine(), QStringLiteral("Synced 2 min ago"));
 
-    ASSERT_TRUE(test::waitUntil([&] { return controller->passesStarted() == 2; }));
+    ASSERT_TRUE(test::waitUntil([&] { return opened.load() == 2; }));
     ASSERT_TRUE(test::waitUntil([&] { return !controller->isSyncing(); }));
     QTest::qWait(120);
-    EXPECT_EQ(controller->passesStarted(), 2) << "two quick edits, one pass";
+    EXPECT_EQ(opened.load(), 2) << "two quick edits, one pass";
     ASSERT_NE(onServer(first), nullptr);
     EXPECT_EQ(onServer(first)->title, "Call the bank");
     ASSERT_NE(onServer(second), nullptr);
@@ -231,15 +231,15 @@ TEST_F(SyncControllerTest, PassesRunOnThePeriodAndAfterAWakeEachCostingOneReques
     EXPECT_EQ(requestsAfterFourth - requestsAfterFirst, 3);
     EXPECT_EQ(listingsAfterFourth - listingsAfterFirst, 3);
     // The period never piles passes up behind a slow one.
-    EXPECT_LE(controller->passesStarted(), finished + 1);
+    EXPECT_LE(opened.load(), finished + 1);
 
     // The period alone does not explain a pass right after a wake.
     controller.reset();
     makeController({50, 3'600'000, 60'000});
     startAndSettle();
-    const int started = controller->passesStarted();
+    const int started = opened.load();
     Q_EMIT resume.resumed();
-    ASSERT_TRUE(test::waitUntil([&] { return controller->passesStarted() == started + 1; }));
+    ASSERT_TRUE(test::waitUntil([&] { return opened.load() == started + 1; }));
 }
 
 TEST_F(SyncControllerTest, PassesNeverOverlapAndARequestDuringOneRunsOneMore) {
@@ -255,7 +255,7 @@ TEST_F(SyncControllerTest, PassesNeverOverlapAndARequestDuringOneRunsOneMore) {
     int answered = 0;
     controller->runPass([&](const PassReport&) { ++answered; });
     QTest::qWait(150);
-    EXPECT_EQ(controller->passesStarted(), 1);
+    EXPECT_EQ(opened.load(), 1);
     EXPECT_TRUE(controller->isSyncing());
 
     holdPasses = false;
@@ -263,7 +263,7 @@ TEST_F(SyncControllerTest, PassesNeverOverlapAndARequestDuringOneRunsOneMore) {
     ASSERT_TRUE(test::waitUntil([&] { return !controller->isSyncing(); }));
     QTest::qWait(120);
     EXPECT_EQ(maxCallsInside.load(), 1);
-    EXPECT_EQ(controller->passesStarted(), 2);
+    EXPECT_EQ(opened.load(), 2);
     // The answer came from the pass that started after the request: it sent the task.
     ASSERT_NE(onServer(during), nullptr);
 }
@@ -289,7 +289,7 @@ TEST_F(SyncControllerTest, EditsMadeWhileAPassRunsAreKeptAndSentNext) {
     std::string mineTitle;
     std::optional<Instant> mineNotedAt;
     QObject::connect(controller.get(), &SyncController::passFinished, [&] {
-        if (controller->passesStarted() != 2) {
+        if (opened.load() != 2) {
             return;
         }
         sharedTitle = store.task(shared)->title;
@@ -318,8 +318,7 @@ TEST_F(SyncControllerTest, EditsMadeWhileAPassRunsAreKeptAndSentNext) {
     ASSERT_TRUE(mineNotedAt);
     EXPECT_EQ(mineNotedAt->seconds, (kStart + 300).seconds);
 
-    ASSERT_TRUE(test::waitUntil(
-        [&] { return controller->passesStarted() == 3 && !controller->isSyncing(); }));
+    ASSERT_TRUE(test::waitUntil([&] { return opened.load() == 3 && !controller->isSyncing(); }));
     EXPECT_EQ(store.task(shared)->title, "Pay rent by noon");
     EXPECT_EQ(onServer(mine)->title, "Renew passport this week");
     EXPECT_TRUE(controller->state().localChanges.empty());
@@ -334,8 +333,7 @@ TEST_F(SyncControllerTest, AFailedPassKeepsEveryTaskAndItsChangesAndSaysWhy) {
     clock.advance(60);
     const Uuid waiting = add("Water plants");
     const std::vector<TaskItem> tasks = store.tasks();
-    ASSERT_TRUE(test::waitUntil(
-        [&] { return controller->passesStarted() == 2 && !controller->isSyncing(); }));
+    ASSERT_TRUE(test::waitUntil([&] { return opened.load() == 2 && !controller->isSyncing(); }));
 
     EXPECT_EQ(store.tasks(), tasks);
     EXPECT_TRUE(controller->hasFailed());
@@ -347,8 +345,7 @@ TEST_F(SyncControllerTest, AFailedPassKeepsEveryTaskAndItsChangesAndSaysWhy) {
     failWith = false;
     keyringLocked = true;
     controller->syncNow();
-    ASSERT_TRUE(test::waitUntil(
-        [&] { return controller->passesStarted() == 3 && !controller->isSyncing(); }));
+    ASSERT_TRUE(test::waitUntil([&] { return opened.load() == 3 && !controller->isSyncing(); }));
     EXPECT_EQ(controller->statusLine(),
               QStringLiteral("The keyring is locked; unlock it and run 'daywyn sync' again."));
     EXPECT_EQ(store.tasks(), tasks);
@@ -372,11 +369,10 @@ TEST_F(SyncControllerTest, ATaskListThatCannotBeSavedLeavesTheStateAsItWas) {
     TodayTaskStore failing(std::move(repository), kStart, calendar);
     const std::size_t firstRun = failing.tasks().size();
     controller = std::make_unique<SyncController>(
-        SyncController::TaskList{
-            [&]() -> const std::vector<TaskItem>& { return failing.tasks(); },
-            [&](const std::vector<TaskItem>& snapshot, const std::vector<TaskItem>& synced) {
-                return failing.applySyncedTasks(snapshot, synced);
-            }},
+        SyncController::TaskList{[&]() -> const std::vector<TaskItem>& { return failing.tasks(); },
+                                 [&](std::vector<TaskItem> merged) {
+                                     return failing.replaceWithSyncedTasks(std::move(merged));
+                                 }},
         SyncStateFile(statePath(), std::make_shared<PosixFileSystem>()),
         std::make_shared<IcalTaskCoding>(),
         [this](const SyncAccount&) -> Result<std::unique_ptr<CalDavCollection>> {
