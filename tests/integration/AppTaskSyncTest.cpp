@@ -160,9 +160,11 @@ TEST_F(AppTaskSync, EditsInOneAppReachTheOtherAndBothFieldsOfConcurrentEditsSurv
     estimated.hasEstimate = true;
     estimated.estimatedMinutes = 25;
     desktop.store->updateTask(id, estimated, calendar);
+    // Both passes may run at once; one more round lets each see the other's.
     laptop.settle();
     desktop.settle();
     ASSERT_EQ(laptop.sync().error, "");
+    ASSERT_EQ(desktop.sync().error, "");
 
     for (Machine* machine : {&laptop, &desktop}) {
         const TaskItem* task = machine->store->task(id);
