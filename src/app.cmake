@@ -10,13 +10,15 @@ file(GLOB DAYWYN_APP_SOURCES CONFIGURE_DEPENDS
     ${CMAKE_CURRENT_SOURCE_DIR}/*/qt/*.h)
 list(FILTER DAYWYN_APP_SOURCES EXCLUDE REGEX "/app/qt/main\\.cpp$")
 # The CalDAV client and the keyring are shared with daywyn-sync (below), which loads
-# QtCore, QtNetwork and libsecret only.
-list(FILTER DAYWYN_APP_SOURCES EXCLUDE REGEX "/sync/qt/|/calendar/qt/SecretServiceStore\\.")
+# QtCore, QtNetwork and libsecret only; the app's sync controller is the app's.
+list(FILTER DAYWYN_APP_SOURCES EXCLUDE REGEX
+    "/sync/qt/(CalDav|SyncAccountAccess)|/calendar/qt/SecretServiceStore\\.")
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(DAYWYN_SECRET REQUIRED IMPORTED_TARGET libsecret-1)
 file(GLOB DAYWYN_SYNC_NET_SOURCES CONFIGURE_DEPENDS
     ${CMAKE_CURRENT_SOURCE_DIR}/sync/qt/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/sync/qt/*.h
     ${CMAKE_CURRENT_SOURCE_DIR}/calendar/qt/SecretServiceStore.cpp)
+list(FILTER DAYWYN_SYNC_NET_SOURCES EXCLUDE REGEX "/sync/qt/SyncController\\.")
 find_package(Qt6 6.4 REQUIRED COMPONENTS Network)
 add_library(daywyn_sync_net STATIC ${DAYWYN_SYNC_NET_SOURCES})
 target_link_libraries(daywyn_sync_net PUBLIC daywyn_core Qt6::Core Qt6::Network

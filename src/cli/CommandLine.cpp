@@ -159,7 +159,8 @@ CommandOutput runVerbLine(VerbLine& line, VerbContext& context) {
 }
 
 CommandOutput runCommand(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
-                         const Calendar& calendar, AppWindows* windows, CalendarReader* calendars) {
+                         const Calendar& calendar, AppWindows* windows, CalendarReader* calendars,
+                         TaskSyncRunner* syncer) {
     ParsedCommand parsed = parseCommand(args);
     if (parsed.answer) {
         return *parsed.answer;
@@ -167,7 +168,7 @@ CommandOutput runCommand(TodayTaskStore& store, const std::vector<std::string>& 
     if (auto refused = prepareCommand(parsed.line, now, calendar)) {
         return *refused;
     }
-    VerbContext context{&store, now, calendar, windows, nullptr, calendars};
+    VerbContext context{&store, now, calendar, windows, nullptr, calendars, syncer};
     return runVerbLine(parsed.line, context);
 }
 

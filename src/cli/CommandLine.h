@@ -42,10 +42,11 @@ CommandOutput runVerbLine(VerbLine& line, VerbContext& context);
 
 // Reads, checks and runs one verb line (args[0] is the verb) against a store at `now`.
 // The same code serves the command-line process and the desktop app answering a
-// line handed to it over the bus (which passes its windows and its calendars).
+// line handed to it over the bus (which passes its windows, its calendars and its
+// task sync).
 CommandOutput runCommand(TodayTaskStore& store, const std::vector<std::string>& args, Instant now,
                          const Calendar& calendar, AppWindows* windows = nullptr,
-                         CalendarReader* calendars = nullptr);
+                         CalendarReader* calendars = nullptr, TaskSyncRunner* syncer = nullptr);
 
 // The argument with every byte sequence that is not UTF-8 replaced by U+FFFD, so that a
 // mistyped byte neither reaches the state file nor breaks a call over the bus.

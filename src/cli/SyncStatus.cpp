@@ -132,4 +132,28 @@ std::string syncStatusJson(const std::optional<SyncState>& state) {
     return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
 }
 
+std::string syncPassJson(const SyncSummary& summary, const std::string& error) {
+    JsonBuffer buffer;
+    CompactJsonWriter w(buffer);
+    w.StartObject();
+    for (const auto& [key, value] :
+         {std::pair{"conflicts", summary.conflicts}, std::pair{"deletedHere", summary.deletedHere},
+          std::pair{"deletedThere", summary.deletedThere}}) {
+        writeKey(w, key);
+        w.Int(value);
+    }
+    writeKey(w, "error");
+    writeString(w, error);
+    writeKey(w, "pulled");
+    w.Int(summary.pulled);
+    writeKey(w, "pushed");
+    w.Int(summary.pushed);
+    writeKey(w, "sentence");
+    writeString(w, summary.sentence());
+    writeKey(w, "unreadable");
+    w.Int(summary.unreadable);
+    w.EndObject();
+    return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
+}
+
 } // namespace daywyn

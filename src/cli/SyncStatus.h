@@ -6,6 +6,7 @@
 #include "base/Calendar.h"
 #include "base/Instant.h"
 #include "base/Result.h"
+#include "sync/SyncPass.h"
 #include "sync/SyncState.h"
 
 namespace daywyn {
@@ -22,5 +23,9 @@ std::string syncStatusText(const std::optional<sync::SyncState>& state, Instant 
 // The same as one JSON object (keys account, conflicts, lastError, lastPassAt,
 // lastSummary, pendingChanges), on one line.
 std::string syncStatusJson(const std::optional<sync::SyncState>& state);
+
+// What one pass moved and why it stopped (empty when it finished), as `daywyn sync
+// --json` prints it: one JSON object on one line.
+std::string syncPassJson(const sync::SyncSummary& summary, const std::string& error);
 
 } // namespace daywyn

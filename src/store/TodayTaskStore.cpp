@@ -652,6 +652,23 @@ void TodayTaskStore::markOverdueEndScheduled(const Uuid& taskID, Instant date) {
     }
 }
 
+// ---- sync ----
+
+std::optional<std::string> TodayTaskStore::replaceWithSyncedTasks(std::vector<TaskItem> merged) {
+    repairPriorities(merged);
+    if (merged == tasks_) {
+        return std::nullopt;
+    }
+    std::vector<TaskItem> previous = std::exchange(tasks_, std::move(merged));
+    return Impl::saveTasks(
+        *this, [this, &previous] { tasks_ = std::move(previous); },
+        [this] {
+            if (focusedTaskID_ && !Impl::indexOf(*this, *focusedTaskID_)) {
+                focusedTaskID_.reset();
+            }
+        });
+}
+
 // ---- reports ----
 
 std::optional<DailyReport> TodayTaskStore::generateDueReportIfNeeded(Instant at,

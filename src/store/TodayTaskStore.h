@@ -136,6 +136,13 @@ public:
     void markTaskReminderScheduled(const Uuid& taskID, Instant date);
     void markOverdueEndScheduled(const Uuid& taskID, Instant date);
 
+    // ---- sync ----
+    // Takes in the task list a sync pass led to, already merged with what the user did
+    // while it ran. Pinned ranks that now collide (each machine pins with its lowest
+    // free rank) are repaired, and a focused task that is gone loses the focus. Returns
+    // the sentence of a failed save (the list is then unchanged), or nothing.
+    std::optional<std::string> replaceWithSyncedTasks(std::vector<TaskItem> merged);
+
     // ---- reports ----
     // Generates, stores and returns the daily report that is due at `at`, if any.
     std::optional<DailyReport> generateDueReportIfNeeded(Instant at, const Calendar& calendar);

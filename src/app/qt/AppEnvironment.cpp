@@ -11,6 +11,7 @@
 #include "calendar/qt/GoogleCalendarManager.h"
 #include "calendar/qt/IcsFolderCalendarSource.h"
 #include "persistence/JSONTaskRepository.h"
+#include "persistence/PosixFileSystem.h"
 #include "persistence/qt/UserSettings.h"
 #include "reminders/qt/DrawerReminderCoordinator.h"
 #include "reminders/qt/NotificationManager.h"
@@ -22,6 +23,9 @@
 #include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/QuickCaptureFocus.h"
 #include "shell/qt/SystemSettingsNavigator.h"
+#include "sync/SyncStateFile.h"
+#include "sync/ical/IcalTaskCoding.h"
+#include "sync/qt/SyncAccountAccess.h"
 #include "ui/qt/CompletedHistoryModel.h"
 #include "ui/qt/OnboardingWindow.h"
 #include "ui/qt/SessionHistoryModel.h"
@@ -88,6 +92,18 @@ AppEnvironment::AppEnvironment(std::unique_ptr<TaskRepository> repository, Calen
     AppUpdateManager::Options updateOptions;
     updateOptions.manifestURL = AppUpdateManager::manifestURLFrom(*userSettings_);
     updates_ = std::make_unique<AppUpdateManager>(updateOptions);
+    const auto syncStatePath = sync::SyncStateFile::defaultPath();
+    taskSync_ = std::make_unique<sync::SyncController>(
+        sync::SyncController::TaskList{
+            [this]() -> const std::vector<TaskItem>& { return store_->tasks(); },
+            [this](std::vector<TaskItem> merged) {
+                return store_->replaceWithSyncedTasks(std::move(merged));
+            }},
+        // Without a home folder the state cannot load, and the settings page says why.
+        sync::SyncStateFile(syncStatePath ? syncStatePath.value() : std::string(),
+                            std::make_shared<PosixFileSystem>()),
+        std::make_shared<sync::IcalTaskCoding>(), sync::openSyncCollection, calendar_, clock_,
+        sync::SyncController::Timing{});
 
     drawerController_ = std::make_unique<EdgePanelController>();
     drawerController_->setReminderChime(std::make_unique<SoundEffectChime>());
@@ -137,6 +153,7 @@ ScreenServices AppEnvironment::screenServices() {
     services.voice = voiceCapture_.get();
     services.voiceReview = voiceReview_.get();
     services.drawer = drawerController_.get();
+    services.taskSync = taskSync_.get();
     services.app = this;
     return services;
 }
@@ -189,10 +206,15 @@ void AppEnvironment::start() {
     QPointer<EdgePanelController> drawer = drawerController_.get();
     QPointer<NotificationManager> notifications = notificationManager_.get();
     QPointer<CalendarManager> calendars = calendarManager_.get();
+    QPointer<sync::SyncController> taskSync = taskSync_.get();
     Clock clock = clock_;
     store_->setOnMeaningfulChange(
-        [drawer, notifications, calendars, clock](const std::vector<TaskItem>& tasks,
-                                                  const AppPreferences& preferences) {
+        [drawer, notifications, calendars, taskSync, clock](const std::vector<TaskItem>& tasks,
+                                                            const AppPreferences& preferences) {
+            // Every change of the tasks is a change to sync, whoever made it.
+            if (taskSync) {
+                taskSync->noteStoreChange(tasks);
+            }
             if (notifications) {
                 notifications->refreshSchedules(tasks, preferences, clock());
             }
@@ -206,6 +228,7 @@ void AppEnvironment::start() {
             }
         });
     drawerController_->setAnchor(store_->preferences().edgeAnchor);
+    taskSync_->start(&resumed_);
 
     performMaintenance();
     maintenanceTimer_.start();
@@ -220,6 +243,7 @@ void AppEnvironment::start() {
 void AppEnvironment::onPrepareForSleep(bool goingToSleep) {
     if (!goingToSleep) {
         performMaintenance();
+        Q_EMIT resumed_.resumed();
     }
 }
 

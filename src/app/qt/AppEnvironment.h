@@ -13,6 +13,7 @@
 #include "base/Instant.h"
 #include "store/TaskRepository.h"
 #include "store/TodayTaskStore.h"
+#include "sync/qt/SyncController.h"
 
 namespace daywyn {
 
@@ -106,6 +107,8 @@ public:
     QQmlEngine& engine();
     VoiceCaptureManager& voiceCapture() { return *voiceCapture_; }
     VoiceReviewController& voiceReview() { return *voiceReview_; }
+    // Task sync with the user's CalDAV server, when it is set up.
+    sync::SyncController& taskSync() { return *taskSync_; }
     const QTimer& maintenanceTimer() const { return maintenanceTimer_; }
 
 Q_SIGNALS:
@@ -139,6 +142,9 @@ private:
     std::unique_ptr<LaunchAtLoginController> launchAtLogin_;
     std::unique_ptr<SystemSettingsNavigator> systemSettings_;
     std::unique_ptr<AppUpdateManager> updates_;
+    // Emitted when the computer wakes (logind's PrepareForSleep(false)).
+    sync::ResumeSignal resumed_;
+    std::unique_ptr<sync::SyncController> taskSync_;
     // Everything above outlives the engine; everything below is built from it.
     std::unique_ptr<ScreenEngine> engine_;
     std::unique_ptr<QuickCaptureController> quickCapture_;

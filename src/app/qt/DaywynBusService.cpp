@@ -1,17 +1,22 @@
 #include "app/qt/DaywynBusService.h"
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 
 #include <QDBusConnection>
+#include <QEventLoop>
 #include <QTimer>
 
 #include "app/qt/AppEnvironment.h"
 #include "calendar/qt/CalendarManager.h"
 #include "cli/BusAddress.h"
 #include "cli/CommandLine.h"
+#include "cli/SyncStatus.h"
 #include "daywyn_adaptor.h"
 #include "shell/qt/EdgePanelController.h"
 #include "shell/qt/QuickCaptureController.h"
+#include "sync/qt/SyncController.h"
 
 namespace daywyn {
 
@@ -54,6 +59,52 @@ private:
     const CalendarManager& manager_;
 };
 
+// `daywyn sync` handed over while the app runs: the app keeps the sync state, so its
+// controller runs the pass. The call is answered when the pass has ended; meanwhile
+// the main thread goes on serving the screens (the network work is on a worker).
+class AppTaskSync : public TaskSyncRunner {
+public:
+    explicit AppTaskSync(sync::SyncController& controller)
+        : controller_(controller) {}
+
+    CommandOutput sync(const std::vector<std::string>& args, Instant) override {
+        const auto given = [&args](const char* word) {
+            return std::find(args.begin(), args.end(), word) != args.end();
+        };
+        if (given("setup")) {
+            return CommandOutput{1,
+                                 {},
+                                 "Daywyn is running and keeps the sync state while it runs; quit "
+                                 "Daywyn, run 'daywyn sync setup URL' again, then start "
+                                 "Daywyn.\n"};
+        }
+        std::optional<sync::PassReport> report;
+        QEventLoop loop;
+        controller_.runPass([&report, &loop](const sync::PassReport& ended) {
+            report = ended;
+            loop.quit();
+        });
+        if (!report) {
+            loop.exec();
+        }
+        CommandOutput output;
+        output.status = report->error.empty() ? 0 : 1;
+        if (!controller_.isSetUp()) {
+            output.err = report->error + "\n";
+            return output;
+        }
+        output.out = given("--json") ? syncPassJson(report->summary, report->error)
+                                     : report->summary.sentence() + "\n";
+        if (!report->error.empty()) {
+            output.err = report->error + "\n";
+        }
+        return output;
+    }
+
+private:
+    sync::SyncController& controller_;
+};
+
 } // namespace
 
 int DaywynBusService::Run(const QStringList& line, QString& out, QString& err) {
@@ -68,8 +119,9 @@ int DaywynBusService::Run(const QStringList& line, QString& out, QString& err) {
     auto hold = std::make_shared<TodayTaskStore::NotificationHold>(
         environment_.store().holdNotifications());
     QTimer::singleShot(0, this, [hold]() mutable { hold.reset(); });
+    AppTaskSync taskSync(environment_.taskSync());
     const CommandOutput result = runCommand(environment_.store(), args, environment_.now(),
-                                            environment_.calendar(), this, &calendars);
+                                            environment_.calendar(), this, &calendars, &taskSync);
     out = QString::fromStdString(result.out);
     err = QString::fromStdString(result.err);
     return result.status;

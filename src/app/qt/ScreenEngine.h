@@ -4,6 +4,10 @@
 
 namespace daywyn {
 
+namespace sync {
+class SyncController;
+}
+
 class AppEnvironment;
 class AppUpdateManager;
 class CalendarManager;
@@ -43,6 +47,7 @@ struct ScreenServices {
     VoiceCaptureManager* voice = nullptr;
     VoiceReviewController* voiceReview = nullptr;
     EdgePanelController* drawer = nullptr;
+    sync::SyncController* taskSync = nullptr;
     AppEnvironment* app = nullptr;
 };
 

@@ -14,6 +14,7 @@
 #include "shell/qt/LaunchAtLoginController.h"
 #include "shell/qt/QuickCaptureController.h"
 #include "shell/qt/SystemSettingsNavigator.h"
+#include "sync/qt/SyncController.h"
 #include "ui/qt/CompletedHistoryModel.h"
 #include "ui/qt/OnboardingWindow.h"
 #include "ui/qt/SessionHistoryModel.h"
@@ -231,6 +232,18 @@ struct EdgePanelSingleton {
 public:
     static EdgePanelController* create(QQmlEngine* engine, QJSEngine*) {
         return ScreenEngine::part(engine, &ScreenServices::drawer);
+    }
+};
+
+struct TaskSyncSingleton {
+    Q_GADGET
+    QML_FOREIGN(daywyn::sync::SyncController)
+    QML_NAMED_ELEMENT(TaskSync)
+    QML_SINGLETON
+
+public:
+    static sync::SyncController* create(QQmlEngine* engine, QJSEngine*) {
+        return ScreenEngine::part(engine, &ScreenServices::taskSync);
     }
 };
 

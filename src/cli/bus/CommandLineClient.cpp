@@ -36,14 +36,17 @@ namespace {
 
 // How long the running app may take to answer a handed-over verb. DAYWYN_BUS_TIMEOUT_MS
 // shortens it for the tests of an app that never answers.
-std::uint64_t answerTimeoutMicroseconds() {
+std::uint64_t answerTimeoutMicroseconds(std::uint64_t usual = 10'000'000) {
     if (const char* text = std::getenv("DAYWYN_BUS_TIMEOUT_MS")) {
         if (const long long ms = std::atoll(text); ms > 0) {
             return static_cast<std::uint64_t>(ms) * 1000;
         }
     }
-    return 10'000'000;
+    return usual;
 }
+
+// A sync pass handed to the app talks to a server, each request with its own 30 s limit.
+constexpr std::uint64_t kSyncAnswerMicroseconds = 300'000'000;
 
 // A repository that loads but never writes: reading verbs must not change the file,
 // not even by the store's start-up save after a migration.
@@ -157,7 +160,8 @@ bool appIsRunning(sd_bus* bus) {
 // Daywyn through its service file when it is not running.
 // `errorName` receives the D-Bus error's name when the call failed.
 CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool startApp,
-                       std::string* errorName = nullptr) {
+                       std::string* errorName = nullptr,
+                       std::uint64_t timeout = answerTimeoutMicroseconds()) {
     const SdBus& sd = *SdBus::load();
     sd_bus_message* raw = nullptr;
     if (sd.newMethodCall(bus, &raw, kBusName, kBusObjectPath, kBusInterface, "Run") < 0) {
@@ -174,7 +178,7 @@ CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool s
 
     sd_bus_error error = SD_BUS_ERROR_NULL;
     sd_bus_message* reply = nullptr;
-    const int r = sd.call(bus, call.get(), answerTimeoutMicroseconds(), &error, &reply);
+    const int r = sd.call(bus, call.get(), timeout, &error, &reply);
     Message answer(reply);
     CommandOutput output;
     if (r == -ETIMEDOUT) {
@@ -211,13 +215,14 @@ CommandOutput runInApp(sd_bus* bus, const std::vector<std::string>& args, bool s
 // The running app's answer to a verb it carries out; nothing when no app is on the bus.
 // The verb is sent straight away: asking the bus first whether the app runs cost a
 // round trip on every handed-over verb.
-std::optional<CommandOutput> runInRunningApp(const std::vector<std::string>& args) {
+std::optional<CommandOutput> runInRunningApp(const std::vector<std::string>& args,
+                                             std::uint64_t timeout = answerTimeoutMicroseconds()) {
     Bus bus = sessionBus();
     if (!bus) {
         return std::nullopt;
     }
     std::string errorName;
-    CommandOutput answer = runInApp(bus.get(), args, false, &errorName);
+    CommandOutput answer = runInApp(bus.get(), args, false, &errorName, timeout);
     if (errorName == "org.freedesktop.DBus.Error.NameHasNoOwner" ||
         errorName == "org.freedesktop.DBus.Error.ServiceUnknown") {
         return std::nullopt;
@@ -494,7 +499,8 @@ int runCommandLine(const std::vector<std::string>& given, const Clock& clock) {
         // A helper program opens the data of a writing verb (sync); while the app runs,
         // the app is the one writer and carries it out.
         if (access == VerbAccess::writing) {
-            if (auto answer = runInRunningApp(args)) {
+            if (auto answer =
+                    runInRunningApp(args, answerTimeoutMicroseconds(kSyncAnswerMicroseconds))) {
                 return print(*answer);
             }
         }

@@ -10,8 +10,8 @@
 #include <QUrl>
 
 #include "base/Json.h"
-#include "calendar/qt/SecretServiceStore.h"
 #include "cli/CommandLine.h"
+#include "cli/SyncStatus.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
 #include "sync/SyncPass.h"
@@ -19,6 +19,7 @@
 #include "sync/ical/IcalTaskCoding.h"
 #include "sync/qt/CalDavClient.h"
 #include "sync/qt/CalDavDiscovery.h"
+#include "sync/qt/SyncAccountAccess.h"
 
 namespace daywyn {
 
@@ -27,15 +28,6 @@ namespace {
 using namespace sync;
 
 constexpr const char* kDefaultListName = "Daywyn";
-
-// The keyring item of one account's password.
-SecretServiceStore passwordStore(const SyncAccount& account) {
-    return SecretServiceStore("com.daywyn.task-sync", account.user + " " + account.serverUrl,
-                              SecretItemTexts{"Daywyn task sync (" + account.user + ")",
-                                              "Could not save the sync password in the keyring.",
-                                              "Could not update the sync password in the "
-                                              "keyring."});
-}
 
 std::string loginName() {
     if (const passwd* entry = ::getpwuid(::getuid()); entry && entry->pw_name) {
@@ -106,7 +98,7 @@ int runSetup(const VerbLine& line, Instant now, std::istream& in, std::ostream& 
             password.pop_back();
         }
     } else {
-        const SecretRead stored = passwordStore(account).read();
+        const SecretRead stored = syncPasswordStore(account).read();
         if (stored.outcome != SecretRead::Outcome::found) {
             err << "Give the password of " << account.user
                 << " on standard input with --password-stdin.\n";
@@ -166,7 +158,7 @@ int runSetup(const VerbLine& line, Instant now, std::istream& in, std::ostream& 
     account.collectionUrl = chosen->url;
     account.listName = chosen->name;
 
-    if (auto saved = passwordStore(account).write(password); !saved) {
+    if (auto saved = syncPasswordStore(account).write(password); !saved) {
         err << saved.error() << "\n";
         return 1;
     }
@@ -209,43 +201,6 @@ int runSetup(const VerbLine& line, Instant now, std::istream& in, std::ostream& 
 
 // ---- one pass ----
 
-std::string keyringSentence(SecretRead::Outcome outcome, const SyncAccount& account) {
-    switch (outcome) {
-    case SecretRead::Outcome::missing:
-        return "The keyring has no password for " + account.user +
-               " on the sync server; run 'daywyn sync setup " + account.serverUrl +
-               " --password-stdin' again.";
-    case SecretRead::Outcome::locked:
-        return "The keyring is locked; unlock it and run 'daywyn sync' again.";
-    default:
-        return "Daywyn could not ask the keyring (Secret Service) for the sync password.";
-    }
-}
-
-std::string passJson(const SyncSummary& summary, const std::string& error) {
-    JsonBuffer buffer;
-    CompactJsonWriter w(buffer);
-    w.StartObject();
-    for (const auto& [key, value] :
-         {std::pair{"conflicts", summary.conflicts}, std::pair{"deletedHere", summary.deletedHere},
-          std::pair{"deletedThere", summary.deletedThere}}) {
-        writeKey(w, key);
-        w.Int(value);
-    }
-    writeKey(w, "error");
-    writeString(w, error);
-    writeKey(w, "pulled");
-    w.Int(summary.pulled);
-    writeKey(w, "pushed");
-    w.Int(summary.pushed);
-    writeKey(w, "sentence");
-    writeString(w, summary.sentence());
-    writeKey(w, "unreadable");
-    w.Int(summary.unreadable);
-    w.EndObject();
-    return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
-}
-
 int runPass(const VerbLine& line, Instant now, const Calendar& calendar, std::ostream& out,
             std::ostream& err) {
     auto files = openFiles(now);
@@ -264,9 +219,9 @@ int runPass(const VerbLine& line, Instant now, const Calendar& calendar, std::os
         return 1;
     }
     const SyncAccount account = *state.value().account;
-    const SecretRead password = passwordStore(account).read();
-    if (password.outcome != SecretRead::Outcome::found) {
-        err << keyringSentence(password.outcome, account) << "\n";
+    auto collection = openSyncCollection(account);
+    if (!collection) {
+        err << collection.error() << "\n";
         return 1;
     }
     JSONTaskRepository& repository = *files.value().repository;
@@ -279,12 +234,9 @@ int runPass(const VerbLine& line, Instant now, const Calendar& calendar, std::os
     }
     PersistedState data = loaded.value().value_or(PersistedState{});
 
-    CalDavClient client(QUrl(QString::fromStdString(account.collectionUrl)),
-                        DavCredentials{QString::fromStdString(account.user),
-                                       QString::fromStdString(password.secret)});
     const IcalTaskCoding coding;
-    SyncOutcome outcome =
-        runSyncPass(client, coding, data.tasks, std::move(state.value()), now, calendar);
+    SyncOutcome outcome = runSyncPass(*collection.value(), coding, data.tasks,
+                                      std::move(state.value()), now, calendar);
     if (outcome.tasksChanged) {
         data.tasks = std::move(outcome.tasks);
         if (auto saved = repository.save(data); !saved) {
@@ -299,7 +251,7 @@ int runPass(const VerbLine& line, Instant now, const Calendar& calendar, std::os
     }
     // What was done before a failure is said too: it is kept.
     if (line.has("--json")) {
-        out << passJson(outcome.summary, outcome.error);
+        out << syncPassJson(outcome.summary, outcome.error);
     } else {
         out << outcome.summary.sentence() << "\n";
     }

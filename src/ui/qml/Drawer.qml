@@ -4,7 +4,7 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
 // The drawer: the day, the add field with its preview, the persistence banner, the
-// day's sections and the undo bar. Sheets (editor, session history, completed history)
+// day's sections, the undo bar and, when task sync is on, its quiet status line. Sheets (editor, session history, completed history)
 // open over it. The add field has the keyboard whenever the drawer opens, so typing
 // never acts on a task; Down moves into the list, where arrows, Home, End, Page Up and
 // Page Down move between tasks, Space completes, Enter edits, T times, P pins, Delete
@@ -420,6 +420,29 @@ Rectangle {
                 }
             }
             property string shown: ""
+        }
+
+        RowLayout {
+            // Task sync, quietly: when it last synced, or what failed.
+            objectName: "syncLine"
+            Layout.fillWidth: true
+            visible: TaskSync.statusLine !== ""
+            spacing: 6
+            Rectangle {
+                visible: TaskSync.hasFailed
+                implicitWidth: 6
+                implicitHeight: 6
+                radius: 3
+                color: Theme.coral
+            }
+            Text {
+                Layout.fillWidth: true
+                text: TaskSync.statusLine
+                elide: Text.ElideRight
+                font.pixelSize: 12
+                color: Theme.secondaryText
+                Accessible.name: "Task sync: " + text
+            }
         }
     }
 

@@ -4,8 +4,8 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
 // The "calendars" page of the settings window: the integration switch, the calendars
-// to show grouped by account with their colours, why no events appear, and the
-// directly connected Google accounts.
+// to show grouped by account with their colours, why no events appear, the directly
+// connected Google accounts, and task sync with a CalDAV server.
 ColumnLayout {
     spacing: 16
     SettingsPageTitle { title: "Calendars"; Layout.fillWidth: true }
@@ -87,6 +87,7 @@ ColumnLayout {
             }
         }
         SettingsGoogleAccounts {}
+        SettingsTaskSync {}
         SettingsSection {
             title: "Calendar accounts"
             note: "Online calendars (Google, Nextcloud, Microsoft 365) come through the accounts of your desktop."

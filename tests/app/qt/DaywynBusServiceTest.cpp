@@ -15,6 +15,7 @@
 #include "shell/qt/QuickCaptureController.h"
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
+#include "sync/qt/SyncController.h"
 
 namespace daywyn {
 namespace {
@@ -104,6 +105,19 @@ TEST_F(DaywynBusServiceTest, AHandedOverChangeIsSavedBeforeTheAnswerAndShownAfte
     EXPECT_TRUE(test::waitUntil([&] { return observed > 0; }));
     EXPECT_EQ(tasksSeen, before + 2);
     store.removeObserver(observer);
+}
+
+TEST_F(DaywynBusServiceTest, SyncIsRunByTheAppWhichKeepsTheSyncState) {
+    ASSERT_TRUE(registered);
+    // The app answers for the pass itself rather than sending the user away.
+    const CommandOutput pass = run({QStringLiteral("sync"), QStringLiteral("--json")});
+    EXPECT_EQ(pass,
+              (CommandOutput{1, "", std::string(sync::SyncController::notSetUpSentence()) + "\n"}));
+    // Setting up reads the password from the terminal, which the app does not have.
+    const CommandOutput setup = run({QStringLiteral("sync"), QStringLiteral("setup"),
+                                     QStringLiteral("https://dav.example.org/")});
+    EXPECT_EQ(setup.status, 1);
+    EXPECT_EQ(setup.err.rfind("Daywyn is running and keeps the sync state", 0), 0U) << setup.err;
 }
 
 TEST_F(DaywynBusServiceTest, WindowVerbsDriveTheDrawerAndQuickAdd) {

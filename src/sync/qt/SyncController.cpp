@@ -1,0 +1,282 @@
+#include "sync/qt/SyncController.h"
+
+#include <QThread>
+
+#include "sync/SyncStatusText.h"
+
+namespace daywyn::sync {
+
+// One pass: what it was given on this thread, and what the worker made of it.
+struct SyncController::Pass {
+    SyncAccount account;
+    std::vector<TaskItem> snapshot;
+    SyncState state;
+    Instant startedAt;
+    Calendar calendar;
+    std::shared_ptr<const TaskCoding> coding;
+    CollectionOpener openCollection;
+    std::vector<std::function<void(const PassReport&)>> done;
+    // Written by the worker, read here once it has finished.
+    SyncOutcome outcome;
+
+    void run() {
+        auto collection = openCollection(account);
+        if (!collection) {
+            outcome.tasks = snapshot;
+            outcome.state = state;
+            outcome.error = collection.error();
+            outcome.state.lastError = outcome.error;
+            return;
+        }
+        outcome = runSyncPass(*collection.value(), *coding, snapshot, state, startedAt, calendar);
+    }
+};
+
+SyncController::SyncController(TaskList tasks, SyncStateFile stateFile,
+                               std::shared_ptr<const TaskCoding> coding,
+                               CollectionOpener openCollection, Calendar calendar, Clock clock,
+                               Timing timing, QObject* parent)
+    : QObject(parent)
+    , tasks_(std::move(tasks))
+    , stateFile_(std::move(stateFile))
+    , coding_(std::move(coding))
+    , openCollection_(std::move(openCollection))
+    , calendar_(std::move(calendar))
+    , clock_(std::move(clock)) {
+    afterChange_.setSingleShot(true);
+    afterChange_.setInterval(timing.afterChangeMilliseconds);
+    connect(&afterChange_, &QTimer::timeout, this, &SyncController::startPass);
+    period_.setInterval(timing.periodMilliseconds);
+    // A pass a little late costs nothing; the system may batch the wake-ups.
+    period_.setTimerType(Qt::VeryCoarseTimer);
+    // A tick during a pass is dropped: that pass already covers it.
+    connect(&period_, &QTimer::timeout, this, [this] {
+        if (!worker_) {
+            startPass();
+        }
+    });
+    lineRefresh_.setInterval(timing.lineRefreshMilliseconds);
+    lineRefresh_.setTimerType(Qt::VeryCoarseTimer);
+    connect(&lineRefresh_, &QTimer::timeout, this, &SyncController::changed);
+}
+
+SyncController::~SyncController() {
+    if (worker_) {
+        // The pass's result is dropped: the server keeps what it got, and the next run's
+        // first pass finds it there again.
+        worker_->wait();
+        delete worker_;
+    }
+    if (stateDirty_) {
+        saveState();
+    }
+}
+
+const char* SyncController::notSetUpSentence() {
+    return "Task sync is not set up. Run 'daywyn sync setup URL' to choose a CalDAV server.";
+}
+
+void SyncController::start(ResumeSignal* resume) {
+    if (started_) {
+        return;
+    }
+    started_ = true;
+    auto loaded = stateFile_.load(clock_());
+    if (!loaded) {
+        // Unreadable, and left as it is: nothing syncs rather than start afresh over it.
+        notice_ = QString::fromStdString(loaded.error());
+        Q_EMIT changed();
+        return;
+    }
+    state_ = std::move(loaded.value().state);
+    if (isSetUp()) {
+        lastSeen_ = tasks_.tasks();
+    }
+    notice_ = QString::fromStdString(loaded.value().notice);
+    if (resume) {
+        // After a wake the network may take a moment: the same quiet time as a change.
+        connect(resume, &ResumeSignal::resumed, this, [this] {
+            if (isSetUp()) {
+                afterChange_.start();
+            }
+        });
+    }
+    period_.start();
+    lineRefresh_.start();
+    if (isSetUp()) {
+        startPass();
+    }
+    Q_EMIT changed();
+}
+
+void SyncController::noteStoreChange(const std::vector<TaskItem>& tasks) {
+    // Without an account nothing is noted, and the list is not copied for nothing.
+    if (applyingPass_ || !started_ || !isSetUp()) {
+        return;
+    }
+    const std::size_t before = state_.localChanges.size();
+    noteLocalChanges(state_, lastSeen_, tasks, clock_());
+    stateDirty_ = true;
+    afterChange_.start();
+    if (state_.localChanges.size() != before) {
+        Q_EMIT changed();
+    }
+    lastSeen_ = tasks;
+}
+
+void SyncController::syncNow() {
+    if (!isSetUp()) {
+        return;
+    }
+    afterChange_.stop();
+    startPass();
+}
+
+void SyncController::runPass(std::function<void(const PassReport&)> done) {
+    if (!isSetUp()) {
+        done(PassReport{{}, notSetUpSentence()});
+        return;
+    }
+    waiting_.push_back(std::move(done));
+    syncNow();
+}
+
+void SyncController::startPass() {
+    if (!isSetUp()) {
+        return;
+    }
+    if (worker_) {
+        passWanted_ = true;
+        return;
+    }
+    passWanted_ = false;
+    afterChange_.stop();
+    auto pass = std::make_shared<Pass>(Pass{*state_.account,
+                                            tasks_.tasks(),
+                                            state_,
+                                            clock_(),
+                                            calendar_,
+                                            coding_,
+                                            openCollection_,
+                                            std::exchange(waiting_, {}),
+                                            {}});
+    running_ = pass;
+    worker_ = QThread::create([pass] { pass->run(); });
+    connect(worker_, &QThread::finished, this, [this, pass] { finishPass(pass); });
+    worker_->start();
+    Q_EMIT changed();
+}
+
+void SyncController::finishPass(const std::shared_ptr<Pass>& pass) {
+    worker_->wait();
+    delete worker_;
+    worker_ = nullptr;
+    running_.reset();
+    SyncOutcome& outcome = pass->outcome;
+    const Instant now = clock_();
+
+    bool taken = true;
+    if (outcome.tasksChanged) {
+        applyingPass_ = true;
+        // Done here, on the thread that edits the list, so nothing comes in between.
+        const auto failed =
+            tasks_.replace(applySyncResult(tasks_.tasks(), pass->snapshot, outcome.tasks));
+        applyingPass_ = false;
+        if (failed) {
+            // The tasks could not be saved: the state stays as it was, so the next pass
+            // fetches the same changes again.
+            taken = false;
+            outcome.error = *failed;
+        }
+    }
+    if (taken) {
+        // Edits made here while the pass ran (and any rank the store repaired) are sent
+        // by the next pass; an edit keeps the time it was noted at.
+        const auto& current = tasks_.tasks();
+        SyncState next = std::move(outcome.state);
+        noteLocalChanges(next, outcome.tasks, current, now);
+        for (auto& [id, change] : next.localChanges) {
+            const auto noted = state_.localChanges.find(id);
+            if (noted == state_.localChanges.end()) {
+                continue;
+            }
+            const auto during = [&](Instant at) {
+                return at.seconds >= pass->startedAt.seconds;
+            };
+            if (during(noted->second.changedAt)) {
+                change.changedAt = noted->second.changedAt;
+            }
+            for (auto& [field, at] : change.fields) {
+                if (const auto t = noted->second.fields.find(field);
+                    t != noted->second.fields.end() && during(t->second)) {
+                    at = t->second;
+                }
+            }
+        }
+        state_ = std::move(next);
+        lastSeen_ = current;
+    } else {
+        state_.lastError = outcome.error;
+    }
+    saveState();
+
+    const PassReport report{outcome.summary, outcome.error};
+    for (const auto& done : pass->done) {
+        done(report);
+    }
+    Q_EMIT changed();
+    Q_EMIT passFinished();
+    if (passWanted_) {
+        startPass();
+    }
+}
+
+void SyncController::saveState() {
+    if (auto saved = stateFile_.save(state_); !saved) {
+        notice_ = QString::fromStdString(saved.error());
+        stateDirty_ = true;
+        return;
+    }
+    stateDirty_ = false;
+}
+
+QString SyncController::statusLine() const {
+    return QString::fromStdString(
+        SyncStatusText::drawerLine(state_, isSyncing(), clock_(), calendar_));
+}
+
+QString SyncController::serverUrl() const {
+    return state_.account ? QString::fromStdString(state_.account->serverUrl) : QString();
+}
+
+QString SyncController::user() const {
+    return state_.account ? QString::fromStdString(state_.account->user) : QString();
+}
+
+QString SyncController::listName() const {
+    return state_.account ? QString::fromStdString(state_.account->listName) : QString();
+}
+
+QString SyncController::listUrl() const {
+    return state_.account ? QString::fromStdString(state_.account->collectionUrl) : QString();
+}
+
+QString SyncController::lastPass() const {
+    return isSetUp() ? QString::fromStdString(SyncStatusText::lastPass(state_, clock_(), calendar_))
+                     : QString();
+}
+
+QVariantList SyncController::conflicts() const {
+    QVariantList rows;
+    const Instant now = clock_();
+    for (auto c = state_.conflicts.rbegin(); c != state_.conflicts.rend(); ++c) {
+        rows.append(QVariantMap{
+            {QStringLiteral("when"),
+             QString::fromStdString(SyncStatusText::when(c->at, now, calendar_))},
+            {QStringLiteral("title"), QString::fromStdString(c->title)},
+            {QStringLiteral("text"), QString::fromStdString(SyncStatusText::conflict(*c))}});
+    }
+    return rows;
+}
+
+} // namespace daywyn::sync
