@@ -280,7 +280,7 @@ TEST_F(SyncControllerTest, EditsMadeWhileAPassRunsAreKeptAndSentNext) {
     TaskItem renamed = *onServer(shared);
     renamed.title = "Pay rent by noon";
     const std::string href = server.hrefFor(shared.text());
-    server.store(href, IcalTaskCoding().encode(renamed, server.resources().at(href).ics,
+    server.store(href, IcalTaskCoding().encode(renamed, {}, server.resources().at(href).ics,
                                                kStart + 50, calendar));
 
     // What the pass that ran during the edit left behind, seen as it ends (the edit
@@ -381,7 +381,7 @@ TEST_F(SyncControllerTest, ATaskListThatCannotBeSavedLeavesTheStateAsItWas) {
         calendar, clock.function(), SyncController::Timing{50, 3'600'000, 60'000});
     const TaskItem remote = test::TaskBuilder("From the phone").createdAt(kStart).build();
     server.store(server.hrefFor(remote.id.text()),
-                 IcalTaskCoding().encode(remote, {}, kStart, calendar));
+                 IcalTaskCoding().encode(remote, {}, {}, kStart, calendar));
     disk->failNextSaves(5);
     startAndSettle();
 
