@@ -119,19 +119,7 @@ protected:
                               true));
         qputenv("PATH", folder.filePath("bin").toLocal8Bit() + ":" + qgetenv("PATH"));
 
-        keyring.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        keyring.start(QStringLiteral("gnome-keyring-daemon"),
-                      {QStringLiteral("--foreground"), QStringLiteral("--unlock"),
-                       QStringLiteral("--components=secrets")});
-        ASSERT_TRUE(keyring.waitForStarted());
-        // The daemon reads its password until the end of its input.
-        keyring.write("test-password");
-        keyring.waitForBytesWritten(5000);
-        keyring.closeWriteChannel();
-        ASSERT_TRUE(test::waitUntil([] {
-            return QDBusConnection::sessionBus().interface()->isServiceRegistered(
-                QStringLiteral("org.freedesktop.secrets"));
-        }));
+        ASSERT_TRUE(test::startUnlockedKeyring(keyring));
     }
 
     void TearDown() override { test::stopProcess(&keyring); }

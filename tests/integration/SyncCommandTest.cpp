@@ -24,18 +24,7 @@ class SyncCommand : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(server.start()) << server.problem().toStdString();
-        keyring.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        keyring.start(QStringLiteral("gnome-keyring-daemon"),
-                      {QStringLiteral("--foreground"), QStringLiteral("--unlock"),
-                       QStringLiteral("--components=secrets")});
-        ASSERT_TRUE(keyring.waitForStarted());
-        keyring.write("test-password");
-        keyring.waitForBytesWritten(5000);
-        keyring.closeWriteChannel();
-        ASSERT_TRUE(test::waitUntil([] {
-            return QDBusConnection::sessionBus().interface()->isServiceRegistered(
-                QStringLiteral("org.freedesktop.secrets"));
-        }));
+        ASSERT_TRUE(test::startUnlockedKeyring(keyring));
     }
     void TearDown() override { test::stopProcess(&keyring); }
 

@@ -1,6 +1,8 @@
 #include "QtTestSupport.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QTest>
@@ -66,6 +68,24 @@ void stopProcess(QProcess* process) {
             process->waitForFinished(1000);
         }
     }
+}
+
+bool startUnlockedKeyring(QProcess& keyring) {
+    keyring.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    keyring.start(QStringLiteral("gnome-keyring-daemon"),
+                  {QStringLiteral("--foreground"), QStringLiteral("--unlock"),
+                   QStringLiteral("--components=secrets")});
+    if (!keyring.waitForStarted()) {
+        return false;
+    }
+    // The daemon reads its password until the end of its input.
+    keyring.write("test-password");
+    keyring.waitForBytesWritten(5000);
+    keyring.closeWriteChannel();
+    return waitUntil([] {
+        return QDBusConnection::sessionBus().interface()->isServiceRegistered(
+            QStringLiteral("org.freedesktop.secrets"));
+    });
 }
 
 } // namespace daywyn::test

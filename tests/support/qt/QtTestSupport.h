@@ -50,6 +50,10 @@ bool eventually(const std::function<bool()>& condition, int seconds = 20);
 // Ends a helper process (an X server, a window manager): politely first, then by force.
 void stopProcess(QProcess* process);
 
+// Starts gnome-keyring-daemon's secrets component, unlocked, on the test's private bus
+// in `keyring`; true once it answers there. Stop it with stopProcess().
+bool startUnlockedKeyring(QProcess& keyring);
+
 // The item with this objectName under the window's content, or null.
 QQuickItem* findItem(QQuickWindow& window, const QString& objectName);
 
