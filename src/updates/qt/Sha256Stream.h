@@ -17,7 +17,7 @@ public:
     Sha256Stream(const Sha256Stream&) = delete;
     Sha256Stream& operator=(const Sha256Stream&) = delete;
 
-    // Starts a new digest.
+    // Starts a new digest; until the first one, every digest is empty.
     void reset();
     void addData(const char* data, std::size_t size);
     // 64 lower-case hexadecimal digits; empty when the digest could not be computed, so
@@ -26,7 +26,7 @@ public:
 
 private:
     evp_md_ctx_st* context_ = nullptr;
-    bool failed_ = false;
+    bool failed_ = true;
 };
 
 } // namespace daywyn
