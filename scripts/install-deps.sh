@@ -30,8 +30,9 @@ packages=(
   time
   # a real notification daemon for the delivery test (tests/integration)
   dunst
-  # updates and packaging: the manifest reader, the icon's PNG sizes, checks of the .deb
-  libsimdjson-dev libssl-dev librsvg2-bin lintian desktop-file-utils appstream
+  # hashing (Nettle); updates and packaging: the manifest reader, the icon's PNG sizes,
+  # checks of the .deb; the openssl tool makes the local HTTPS test servers' certificates
+  nettle-dev openssl libsimdjson-dev librsvg2-bin lintian desktop-file-utils appstream
   # whole-screen captures of the running app (scripts/screenshots.sh: handle, Quick Add)
   imagemagick
   # resizing the private X screen in the drawer placement test (xrandr)

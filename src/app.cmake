@@ -47,10 +47,9 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(DAYWYN_XCB REQUIRED IMPORTED_TARGET xcb)
 target_link_libraries(daywyn_app PUBLIC PkgConfig::DAYWYN_XCB)
 
-# Update checks and downloads go over HTTPS with Qt Network; libcrypto hashes them.
+# Update checks and downloads go over HTTPS with Qt Network; the core's Nettle hashes them.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Network)
-find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
-target_link_libraries(daywyn_app PUBLIC Qt6::Network OpenSSL::Crypto)
+target_link_libraries(daywyn_app PUBLIC Qt6::Network)
 
 add_executable(daywyn-app ${CMAKE_CURRENT_SOURCE_DIR}/app/qt/main.cpp)
 target_link_libraries(daywyn-app PRIVATE daywyn_app)

@@ -4,8 +4,9 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <openssl/sha.h>
 #include <sys/random.h>
+
+#include "base/Sha.h"
 
 namespace daywyn {
 
@@ -116,9 +117,8 @@ Result<std::string> GoogleOAuthUtilities::random() {
 }
 
 std::string GoogleOAuthUtilities::challenge(std::string_view verifier) {
-    unsigned char digest[SHA256_DIGEST_LENGTH];
-    SHA256(reinterpret_cast<const unsigned char*>(verifier.data()), verifier.size(), digest);
-    return base64Url(std::string_view(reinterpret_cast<const char*>(digest), sizeof digest));
+    const auto digest = sha256(verifier);
+    return base64Url(std::string_view(reinterpret_cast<const char*>(digest.data()), digest.size()));
 }
 
 std::string GoogleOAuthUtilities::percentEncoded(std::string_view text) {

@@ -2,11 +2,11 @@
 
 #include <cmath>
 #include <cstdint>
-#include <openssl/sha.h>
 #include <set>
 #include <utility>
 #include <vector>
 
+#include "base/Sha.h"
 #include "sync/TaskFieldJson.h"
 #include "sync/TaskMerge.h"
 
@@ -163,8 +163,7 @@ Uuid taskIdForUid(std::string_view uid) {
     }
     // A name-based identifier (version 5 layout, SHA-1 of the text), so that every
     // machine derives the same task id from the same UID.
-    unsigned char digest[SHA_DIGEST_LENGTH];
-    SHA1(reinterpret_cast<const unsigned char*>(uid.data()), uid.size(), digest);
+    const auto digest = sha1(uid);
     Uuid id;
     for (std::size_t i = 0; i < id.bytes.size(); ++i) {
         id.bytes[i] = digest[i];

@@ -13,8 +13,8 @@
 #include <QUrl>
 #include <QVariantList>
 
+#include "base/Sha.h"
 #include "updates/AppRelease.h"
-#include "updates/qt/Sha256Stream.h"
 
 class QNetworkAccessManager;
 class QNetworkReply;
