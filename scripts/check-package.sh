@@ -24,7 +24,8 @@ fi
 
 dpkg-deb -x "$package" "$root/install"
 for required in usr/bin/daywyn usr/libexec/daywyn/daywyn-app \
-    usr/libexec/daywyn/daywyn-transcribe usr/share/applications/daywyn.desktop \
+    usr/libexec/daywyn/daywyn-command-line.so usr/libexec/daywyn/daywyn-transcribe \
+    usr/share/applications/daywyn.desktop \
     usr/share/dbus-1/services/org.daywyn.Daywyn.service \
     usr/share/metainfo/org.daywyn.Daywyn.metainfo.xml \
     usr/share/icons/hicolor/scalable/apps/daywyn.svg \
@@ -42,7 +43,8 @@ case "$version" in
   "Daywyn "*) ;;
   *) echo "The installed program did not print its version." >&2; exit 1 ;;
 esac
-# `transcribe` runs in a program of its own, found beside the installed daywyn-app.
+# A verb runs in daywyn-command-line.so and `transcribe` in a program of its own, both
+# found beside the installed daywyn-app.
 transcribe=$(env -u DISPLAY -u WAYLAND_DISPLAY "$root/install/usr/bin/daywyn" transcribe \
   "$root/missing.wav" 2>&1 || true)
 case "$transcribe" in

@@ -7,7 +7,8 @@
 #   python   Python's json load of the file, a sorted pretty dump, fsync and rename;
 #   add      `daywyn add` (no app running: one durable save of the whole file);
 #   today    `daywyn today` (reads only);
-#   version  `daywyn --version`, beside an empty C program (what any process costs);
+#   version  `daywyn --version` (answered by the C program without loading the command
+#            line), beside an empty C program (what any process costs);
 #   bus      `daywyn add` handed to a running app over a private session bus.
 # Prints the median of each in milliseconds and the ratios.
 # Usage: scripts/measure-command-line.sh [build] [runs]

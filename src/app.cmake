@@ -58,14 +58,13 @@ set_target_properties(daywyn-app PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_B
 set(DAYWYN_APP_INSTALL_DIR ${CMAKE_INSTALL_LIBEXECDIR}/daywyn)
 install(TARGETS daywyn-app RUNTIME DESTINATION ${DAYWYN_APP_INSTALL_DIR})
 
-# The command line: the core, ICU and sd-bus for the session bus. With no verb it hands
-# over to daywyn-app, and `transcribe` to daywyn-transcribe (beside it in the build
-# tree, in the folder below once installed, whatever the prefix).
+# The command line: the core, ICU and sd-bus for the session bus. `transcribe` is handed
+# to daywyn-transcribe and `sync` to daywyn-sync (beside it in the build tree, in the
+# libexec folder once installed, whatever the prefix).
 pkg_check_modules(DAYWYN_SDBUS REQUIRED IMPORTED_TARGET libsystemd)
-# The program is its main (which hands it the wall clock) and daywyn_command_line, which
-# the tests' daywyn-at links with a fixed clock instead.
+# daywyn_command_line is the command line without a clock: daywyn-command-line.so hands
+# it the wall clock, the tests' daywyn-at a fixed one.
 file(GLOB DAYWYN_CLI_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/cli/bus/*.cpp)
-list(FILTER DAYWYN_CLI_SOURCES EXCLUDE REGEX "/cli/bus/main\\.cpp$")
 add_library(daywyn_command_line STATIC ${DAYWYN_CLI_SOURCES})
 file(RELATIVE_PATH DAYWYN_LIBEXEC_FROM_BINDIR /prefix/${CMAKE_INSTALL_BINDIR}
     /prefix/${DAYWYN_APP_INSTALL_DIR})
@@ -74,27 +73,57 @@ target_compile_definitions(daywyn_command_line PRIVATE
 # sd-bus is loaded with dlopen by the verbs that need it: only its header is used here.
 target_include_directories(daywyn_command_line SYSTEM PRIVATE ${DAYWYN_SDBUS_INCLUDE_DIRS})
 target_link_libraries(daywyn_command_line PUBLIC daywyn_core ${CMAKE_DL_LIBS})
-set_target_properties(daywyn_command_line PROPERTIES AUTOMOC OFF)
+set_target_properties(daywyn_command_line PROPERTIES AUTOMOC OFF POSITION_INDEPENDENT_CODE ON)
 daywyn_warnings(daywyn_command_line)
-add_executable(daywyn ${CMAKE_CURRENT_SOURCE_DIR}/cli/bus/main.cpp)
-# A verb is a short process, so its start-up is most of its cost: ICU is linked in
-# statically, and the shared ICU named by daywyn_core is dropped by --as-needed. The C++
-# library stays shared: simdjson (Debian ships it shared only) and the calendar module
-# bring it anyway, and one process must hold one C++ runtime.
-# Linked at a fixed address: as a position-independent program it would first patch
-# ICU's 10,000 tables of pointers at every start, which took as long as everything
-# else `daywyn --version` does.
+
+# daywyn: a C program that needs the C library only. It answers --version itself, becomes
+# daywyn-app when there is no verb, and otherwise loads daywyn-command-line.so (beside
+# daywyn-app) and hands it the verb line: no C++ runtime, ICU or simdjson is loaded or
+# relocated before it knows that a verb needs them.
+add_executable(daywyn ${CMAKE_CURRENT_SOURCE_DIR}/cli/launcher/main.c)
+target_compile_definitions(daywyn PRIVATE
+    DAYWYN_LIBEXEC_FROM_BINDIR="${DAYWYN_LIBEXEC_FROM_BINDIR}"
+    DAYWYN_VERSION="${PROJECT_VERSION}" DAYWYN_BUILD_NUMBER="${DAYWYN_BUILD_NUMBER}")
+target_link_libraries(daywyn PRIVATE ${CMAKE_DL_LIBS})
+target_link_options(daywyn PRIVATE -Wl,--as-needed -Wl,-O1)
+daywyn_warnings(daywyn)
+set_target_properties(daywyn PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR} AUTOMOC OFF)
+add_dependencies(daywyn daywyn-app daywyn-transcribe daywyn-command-line)
+install(TARGETS daywyn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+# The command line's module. A verb is a short process, so its start-up is most of its
+# cost: ICU is linked in statically (Debian's shared ICU binds 2,000 symbols and 12,800
+# relocations at every start), the shared ICU named by daywyn_core is then dropped by
+# --as-needed, nothing but the one entry is exported, so that calls inside bind at link
+# time, and the relative relocations (ICU's tables of pointers) are packed, which the
+# loader applies far faster than one entry each. The C++ library stays shared: simdjson
+# (Debian ships it shared only) and the calendar module bring it anyway, and one process
+# must hold one C++ runtime.
+# Debian's static ICU is built for programs: one object (putil) reads the C library's
+# `timezone` and `tzname` directly, which a shared object cannot. A copy of the archive
+# has those names, and tzset() that fills them, pointed at the module's mirror of them
+# (CommandLineModule.cpp).
 find_library(DAYWYN_ICUI18N_STATIC libicui18n.a REQUIRED)
 find_library(DAYWYN_ICUUC_STATIC libicuuc.a REQUIRED)
 find_library(DAYWYN_ICUDATA_STATIC libicudata.a REQUIRED)
-target_link_libraries(daywyn PRIVATE daywyn_command_line daywyn_core
-    ${DAYWYN_ICUI18N_STATIC} ${DAYWYN_ICUUC_STATIC} ${DAYWYN_ICUDATA_STATIC} ${CMAKE_DL_LIBS})
-target_link_options(daywyn PRIVATE -no-pie
-    -Wl,--as-needed -Wl,-O1 -Wl,--gc-sections)
-daywyn_warnings(daywyn)
-set_target_properties(daywyn PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR} AUTOMOC OFF)
-add_dependencies(daywyn daywyn-app daywyn-transcribe)
-install(TARGETS daywyn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+set(DAYWYN_ICUUC_MODULE ${CMAKE_CURRENT_BINARY_DIR}/libicuuc-module.a)
+add_custom_command(OUTPUT ${DAYWYN_ICUUC_MODULE}
+    COMMAND ${CMAKE_OBJCOPY} --redefine-sym __timezone=daywynIcuTimezone
+        --redefine-sym tzname=daywynIcuTzname --redefine-sym tzset=daywynIcuTzset
+        ${DAYWYN_ICUUC_STATIC} ${DAYWYN_ICUUC_MODULE}
+    DEPENDS ${DAYWYN_ICUUC_STATIC}
+    COMMENT "Pointing ICU's reads of the C library's time zone at the module's mirror")
+add_custom_target(daywyn_icuuc_module DEPENDS ${DAYWYN_ICUUC_MODULE})
+add_library(daywyn-command-line MODULE ${CMAKE_CURRENT_SOURCE_DIR}/cli/module/CommandLineModule.cpp)
+add_dependencies(daywyn-command-line daywyn_icuuc_module)
+set_target_properties(daywyn-command-line PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR} AUTOMOC OFF)
+target_link_libraries(daywyn-command-line PRIVATE daywyn_command_line daywyn_core
+    ${DAYWYN_ICUI18N_STATIC} ${DAYWYN_ICUUC_MODULE} ${DAYWYN_ICUDATA_STATIC} ${CMAKE_DL_LIBS})
+target_link_options(daywyn-command-line PRIVATE -Wl,--exclude-libs,ALL -Wl,-z,defs
+    -Wl,-Bsymbolic -Wl,--as-needed -Wl,-O1 -Wl,--gc-sections -Wl,-z,pack-relative-relocs)
+daywyn_warnings(daywyn-command-line)
+install(TARGETS daywyn-command-line LIBRARY DESTINATION ${DAYWYN_APP_INSTALL_DIR})
 
 # The recogniser for `daywyn transcribe`, in a program of its own: pocketsphinx with
 # BLAS, LAPACK and Fortran's runtime is loaded only when audio is decoded.
@@ -129,7 +158,7 @@ add_custom_command(
     COMMAND gzip -9nf -k ${DAYWYN_GENERATED}/daywyn.1
     COMMAND daywyn --completion bash > ${DAYWYN_GENERATED}/daywyn.bash
     COMMAND daywyn --completion zsh > ${DAYWYN_GENERATED}/_daywyn
-    DEPENDS daywyn
+    DEPENDS daywyn daywyn-command-line
     COMMENT "Writing the manual page and the shell completions")
 add_custom_target(daywyn_docs ALL DEPENDS ${DAYWYN_GENERATED}/daywyn.1 ${DAYWYN_GENERATED}/daywyn.1.gz
     ${DAYWYN_GENERATED}/daywyn.bash ${DAYWYN_GENERATED}/_daywyn)

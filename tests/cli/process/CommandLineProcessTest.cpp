@@ -1,6 +1,8 @@
 // The real daywyn program against a temporary data folder, as a user runs it.
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/file.h>
@@ -273,17 +275,59 @@ TEST_F(DaywynCommand, BadArgumentsAreRefusedAndOddTextIsKept) {
     EXPECT_NE(daywyn({"today"}).out.find(longTitle), std::string::npos);
 }
 
+// The libraries the dynamic loader reports loading for a run of the shipped program,
+// as "file=NAME" lines: those the program needs and those loaded with dlopen.
+std::vector<std::string> librariesLoadedBy(const test::ProcessResult& traced) {
+    std::vector<std::string> names;
+    std::size_t at = 0;
+    while ((at = traced.err.find("file=", at)) != std::string::npos) {
+        at += 5;
+        names.push_back(traced.err.substr(at, traced.err.find_first_of(" \t;\n", at) - at));
+    }
+    return names;
+}
+
+bool anyNamed(const std::vector<std::string>& names, const std::string& part) {
+    return std::any_of(names.begin(), names.end(), [&part](const std::string& name) {
+        return name.find(part) != std::string::npos;
+    });
+}
+
 TEST_F(DaywynCommand, TheProgramLoadsNeitherQtNorTheSpeechRecogniser) {
-    // What the dynamic loader maps for any verb: every library the program needs, and
-    // theirs. ICU is linked in, sd-bus is loaded by the verbs that talk to the app, and
-    // the recogniser runs in a program of its own.
-    const auto libraries = test::runProcess({"/usr/bin/ldd", DAYWYN_BINARY_PATH});
-    ASSERT_EQ(libraries.status, 0) << libraries.err;
-    EXPECT_NE(libraries.out.find("libc.so"), std::string::npos) << libraries.out;
-    for (const char* heavy : {"libQt6", "libGL", "libpocketsphinx", "libsphinxbase", "liblapack",
-                              "libblas", "libgfortran", "libicu", "libsystemd"}) {
-        EXPECT_EQ(libraries.out.find(heavy), std::string::npos) << heavy << " in\n"
-                                                                << libraries.out;
+    // The program typed by people needs the C library and nothing else (beside a
+    // sanitizer's runtime in a sanitized build).
+    const auto needs = test::runProcess({"/usr/bin/readelf", "-d", DAYWYN_BINARY_PATH});
+    ASSERT_EQ(needs.status, 0) << needs.err;
+    std::vector<std::string> needed;
+    for (std::size_t at = 0; (at = needs.out.find("Shared library: [", at)) != std::string::npos;) {
+        at += 17;
+        const std::string name = needs.out.substr(at, needs.out.find(']', at) - at);
+        if (name.rfind("libasan", 0) != 0 && name.rfind("libubsan", 0) != 0) {
+            needed.push_back(name);
+        }
+    }
+    EXPECT_EQ(needed, std::vector<std::string>{"libc.so.6"}) << needs.out;
+
+    // What a verb run loads: the command-line module and what it needs. ICU is linked in,
+    // sd-bus is loaded by the verbs that talk to the app, Evolution's libraries by those
+    // that read calendars, and the recogniser runs in a program of its own.
+    ASSERT_EQ(daywyn({"add", "Water plants"}).status, 0);
+    const std::map<std::string, std::string> traceLoads{{"XDG_DATA_HOME", dataHome},
+                                                        {"LD_DEBUG", "files"}};
+    for (const std::vector<std::string>& line :
+         {std::vector<std::string>{DAYWYN_BINARY_PATH, "today"},
+          std::vector<std::string>{DAYWYN_BINARY_PATH, "add", "Call Ama"}}) {
+        const std::string& verb = line[1];
+        const auto traced = test::runProcess(line, traceLoads);
+        ASSERT_EQ(traced.status, 0) << traced.err;
+        const auto loaded = librariesLoadedBy(traced);
+        EXPECT_TRUE(anyNamed(loaded, "/daywyn-command-line.so")) << verb << ":\n" << traced.err;
+        for (const char* heavy :
+             {"libQt6", "libGL", "libpocketsphinx", "libsphinxbase", "liblapack", "libblas",
+              "libgfortran", "libicu", "libsystemd", "libecal", "libcrypto"}) {
+            EXPECT_FALSE(anyNamed(loaded, heavy)) << heavy << " loaded by " << verb << ":\n"
+                                                  << traced.err;
+        }
     }
 
     // `transcribe` still reaches the recogniser, through its own program.
@@ -291,9 +335,73 @@ TEST_F(DaywynCommand, TheProgramLoadsNeitherQtNorTheSpeechRecogniser) {
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(missing.err, "Daywyn could not open " + dataHome + "/missing.wav.\n");
     EXPECT_EQ(daywyn({"transcribe", "--loud", "x.wav"}).status, 2);
-    // Evolution's libraries come with the calendar module, loaded by the verbs that
-    // read calendars only.
-    EXPECT_EQ(libraries.out.find("libecal"), std::string::npos) << libraries.out;
+}
+
+TEST_F(DaywynCommand, TheVersionIsAnsweredWithoutLoadingTheCommandLine) {
+    const auto traced =
+        test::runProcess({DAYWYN_BINARY_PATH, "--version"}, {{"LD_DEBUG", "files"}});
+    ASSERT_EQ(traced.status, 0);
+    // The same line as the command line's own.
+    EXPECT_EQ(traced.out, daywyn({"--version"}).out);
+    const auto loaded = librariesLoadedBy(traced);
+    EXPECT_FALSE(anyNamed(loaded, "daywyn-command-line")) << traced.err;
+    EXPECT_FALSE(anyNamed(loaded, "libstdc++")) << traced.err;
+    for (const char* alias : {"-v", "version"}) {
+        EXPECT_EQ(test::runProcess({DAYWYN_BINARY_PATH, alias}).out, traced.out) << alias;
+    }
+}
+
+// The shipped program finds the day in the user's time zone: ICU, built into its module,
+// reads the zone the C library reads. Kiritimati and Pago Pago are 25 hours apart, so
+// for most of every day they name different dates.
+TEST_F(DaywynCommand, TheShippedProgramsDayIsTheDayInTheUsersTimeZone) {
+    const auto dayIn = [](const char* zone) {
+        const char* before = std::getenv("TZ");
+        const std::string saved = before != nullptr ? before : "";
+        ::setenv("TZ", zone, 1);
+        ::tzset();
+        const std::time_t now = std::time(nullptr);
+        std::tm local{};
+        ::localtime_r(&now, &local);
+        char weekday[32];
+        char month[32];
+        std::strftime(weekday, sizeof weekday, "%A", &local);
+        std::strftime(month, sizeof month, "%B", &local);
+        before != nullptr ? ::setenv("TZ", saved.c_str(), 1) : ::unsetenv("TZ");
+        ::tzset();
+        return std::string(weekday) + " " + std::to_string(local.tm_mday) + " " + month;
+    };
+    for (const char* zone : {"Pacific/Kiritimati", "Pacific/Pago_Pago"}) {
+        const std::string earliest = dayIn(zone);
+        const auto result = test::runProcess({DAYWYN_BINARY_PATH, "today"},
+                                             {{"XDG_DATA_HOME", dataHome}, {"TZ", zone}});
+        const std::string latest = dayIn(zone);
+        ASSERT_EQ(result.status, 0) << result.err;
+        const std::string heading = result.out.substr(0, result.out.find(" \xC2\xB7"));
+        EXPECT_TRUE(heading == earliest || heading == latest)
+            << zone << ": " << heading << " is not " << latest;
+    }
+}
+
+// Installed without its helpers (a half-copied install), the program says what is missing.
+TEST_F(DaywynCommand, AProgramWithoutItsModuleOrAppSaysWhatIsMissing) {
+    const std::string alone = dataHome + "/bin/daywyn";
+    fs::create_directories(dataHome + "/bin");
+    fs::copy_file(DAYWYN_BINARY_PATH, alone);
+    const auto verb = test::runProcess({alone, "today"}, {{"XDG_DATA_HOME", dataHome}});
+    EXPECT_EQ(verb.status, 1);
+    EXPECT_EQ(verb.err, "Daywyn could not find daywyn-command-line.so; is it installed?\n");
+    const auto app = test::runProcess({alone});
+    EXPECT_EQ(app.status, 1);
+    EXPECT_EQ(app.err, "Daywyn could not find daywyn-app; is it installed?\n");
+    EXPECT_EQ(test::runProcess({alone, "--version"}).status, 0);
+
+    // A module that is there but cannot be loaded is named with the loader's reason.
+    test::writeFile(dataHome + "/bin/daywyn-command-line.so", "not a library");
+    const auto broken = test::runProcess({alone, "today"}, {{"XDG_DATA_HOME", dataHome}});
+    EXPECT_EQ(broken.status, 1);
+    EXPECT_EQ(broken.err.find("Daywyn could not load its command line: "), 0u) << broken.err;
+    EXPECT_FALSE(fs::exists(stateFile));
 }
 
 // The desktop app maps Evolution's libraries and the speech recogniser only when it
