@@ -31,24 +31,63 @@ ColumnLayout {
         passwordField.text = ""
         serverField.forceActiveFocus()
     }
+    // One of the lists to choose, with its address under its name (none for the new one).
+    component ListChoice: RadioButton {
+        id: choice
+        property string url: ""
+        objectName: "taskListChoice"
+        Layout.fillWidth: true
+        contentItem: ColumnLayout {
+            spacing: 0
+            Text {
+                Layout.fillWidth: true
+                Layout.leftMargin: choice.indicator.width + choice.spacing
+                text: choice.text
+                elide: Text.ElideRight
+                font.pixelSize: 13
+                color: Theme.text
+            }
+            Text {
+                Layout.fillWidth: true
+                Layout.leftMargin: choice.indicator.width + choice.spacing
+                visible: choice.url !== ""
+                text: choice.url
+                elide: Text.ElideMiddle
+                font.pixelSize: 12
+                color: Theme.secondaryText
+            }
+        }
+    }
+
     // The address of the chosen list; empty for the new one. The choices are radio
     // buttons side by side in one column, so one is checked at a time.
     function chosenUrl() {
-        for (const choice of choices.children)
-            if (choice.objectName.startsWith("taskListChoice") && choice.checked)
+        for (let i = 0; i < choices.children.length; ++i) {
+            const choice = choices.children[i]
+            if (choice.objectName === "taskListChoice" && choice.checked)
                 return choice.url
+        }
         return ""
     }
-    // The list named like the new one, else the first; the new one when there is none.
+    // As the command line chooses: the list named like the new one, else the only
+    // list, else the new one.
     function chooseDefault() {
-        let chosen = null
-        for (const choice of choices.children) {
-            if (!choice.objectName.startsWith("taskListChoice") || !choice.visible)
+        let named = null
+        let found = []
+        let fresh = null
+        for (let i = 0; i < choices.children.length; ++i) {
+            const choice = choices.children[i]
+            if (choice.objectName !== "taskListChoice" || !choice.visible)
                 continue
-            if (chosen === null || (choice.text === "Daywyn" && choice.url !== ""))
-                chosen = choice
+            if (choice.url === "")
+                fresh = choice
+            else if (choice.text === "Daywyn")
+                named = choice
+            else
+                found.push(choice)
         }
-        if (chosen !== null)
+        const chosen = named !== null ? named : found.length === 1 ? found[0] : fresh !== null ? fresh : found[0]
+        if (chosen)
             chosen.checked = true
     }
 
@@ -170,50 +209,16 @@ ColumnLayout {
         }
         Repeater {
             model: form.choosing ? TaskSync.foundLists : []
-            RadioButton {
-                id: choice
+            ListChoice {
                 required property var modelData
-                readonly property string url: modelData.url
-                objectName: "taskListChoice"
-                Layout.fillWidth: true
+                url: modelData.url
                 text: modelData.name
                 Accessible.name: "Task list " + modelData.name
-                contentItem: ColumnLayout {
-                    spacing: 0
-                    Text {
-                        Layout.fillWidth: true
-                        Layout.leftMargin: choice.indicator.width + choice.spacing
-                        text: choice.text
-                        elide: Text.ElideRight
-                        font.pixelSize: 13
-                        color: Theme.text
-                    }
-                    Text {
-                        Layout.fillWidth: true
-                        Layout.leftMargin: choice.indicator.width + choice.spacing
-                        text: choice.modelData.url
-                        elide: Text.ElideMiddle
-                        font.pixelSize: 12
-                        color: Theme.secondaryText
-                    }
-                }
             }
         }
-        RadioButton {
-            id: newList
-            objectName: "taskListChoiceNew"
-            readonly property string url: ""
+        ListChoice {
             visible: TaskSync.newListName !== ""
-            Layout.fillWidth: true
             text: "A new task list named \u201c" + TaskSync.newListName + "\u201d"
-            contentItem: Text {
-                leftPadding: newList.indicator.width + newList.spacing
-                text: newList.text
-                elide: Text.ElideRight
-                font.pixelSize: 13
-                color: Theme.text
-                verticalAlignment: Text.AlignVCenter
-            }
         }
     }
 
