@@ -26,9 +26,16 @@ ColumnLayout {
         else
             TaskSync.findTaskLists(serverField.text, userField.text, passwordField.text)
     }
+    // From the lists (or while looking for them) back to the fields as typed; from the
+    // fields, an empty form.
     function cancel() {
+        const typing = form.step === "form"
         TaskSync.cancelSetup()
         passwordField.text = ""
+        if (typing) {
+            serverField.text = ""
+            userField.text = ""
+        }
         serverField.forceActiveFocus()
     }
     // One of the lists to choose, with its address under its name (none for the new one).
