@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Captures task sync as the user sees it into <build>/screenshots/sync/: the drawer's
-# sync line and the Calendars settings page, once synced with a real Radicale server
-# (with two entries in the conflict log) and once with the server gone. Runs a private
-# Radicale, X server, session bus and keyring in temporary folders: your own data,
-# keyring and servers are never touched.
+# Captures task sync as the user sees it into <build>/screenshots/sync/: the set-up in
+# Settings › Calendars (setup/: the empty form, finding the task lists, a refused
+# password, the lists found), the drawer's sync line and the section once synced with
+# a real Radicale server (synced/, two entries in the conflict log; long-log/, the
+# most the log keeps), and the drawer with the server gone. Runs a private Radicale,
+# X server, session bus and keyring in temporary folders: your own data, keyring and
+# servers are never touched.
 set -euo pipefail
 
 build=${1:-build}
@@ -16,7 +18,8 @@ mkdir -p "$out"
 
 name=sync-shots
 radicale_pid=""
-on_exit='[ -n "$radicale_pid" ] && kill "$radicale_pid" 2>/dev/null || true'
+silent_pid=""
+on_exit='[ -n "$radicale_pid" ] && kill "$radicale_pid" 2>/dev/null; [ -n "$silent_pid" ] && kill "$silent_pid" 2>/dev/null || true'
 . "$here/scripts/desktop-sandbox.sh"
 
 port=$(python3 -c 'import socket; s=socket.socket(); s.bind(("127.0.0.1",0)); print(s.getsockname()[1])')
@@ -46,6 +49,28 @@ for _ in $(seq 100); do
   sleep 0.1
 done
 
+# A server that takes connections and says nothing for a few seconds: "finding" lasts.
+silent_port=$(python3 -c 'import socket; s=socket.socket(); s.bind(("127.0.0.1",0)); print(s.getsockname()[1])')
+python3 - "$silent_port" <<'PY' &
+import socket, sys, threading, time
+server = socket.socket()
+server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+server.bind(("127.0.0.1", int(sys.argv[1])))
+server.listen(8)
+def hold(connection):
+    time.sleep(4)
+    connection.close()
+end = time.time() + 120
+server.settimeout(1)
+while time.time() < end:
+    try:
+        connection, _ = server.accept()
+    except socket.timeout:
+        continue
+    threading.Thread(target=hold, args=(connection,), daemon=True).start()
+PY
+silent_pid=$!
+
 home="$root/home"
 mkdir -p "$home/data/Daywyn" "$home/config/Daywyn" "$home/state" "$home/cache" "$home/runtime"
 chmod 700 "$home/runtime"
@@ -60,6 +85,22 @@ for _ in $(seq 50); do
   busctl --user status org.freedesktop.secrets >/dev/null 2>&1 && break
   sleep 0.1
 done
+# One task list there already, as a phone app would have made it.
+python3 - "$SERVER" <<'PY'
+import base64, http.client, sys, urllib.parse
+server = urllib.parse.urlparse(sys.argv[1])
+connection = http.client.HTTPConnection(server.hostname, server.port)
+auth = "Basic " + base64.b64encode(b"ama:secret").decode()
+connection.request("MKCOL", "/ama/", headers={"Authorization": auth})
+connection.getresponse().read()
+body = ('<?xml version="1.0"?><C:mkcalendar xmlns:D="DAV:" xmlns:C="urn:ietf:params:xml:ns:caldav">'
+        '<D:set><D:prop><D:displayname>Tasks</D:displayname><C:supported-calendar-component-set>'
+        '<C:comp name="VTODO"/></C:supported-calendar-component-set></D:prop></D:set></C:mkcalendar>')
+connection.request("MKCALENDAR", "/ama/tasks-from-the-phone/", body, {"Authorization": auth})
+status = connection.getresponse().status
+sys.exit(0 if status in (200, 201) else 1)
+PY
+"$PROBE" --task-sync-screenshots "$OUT/setup" "$SERVER" "$SILENT"
 printf 'secret\n' | "$DAYWYN" sync setup "$SERVER" --user ama --password-stdin
 "$DAYWYN" sync
 python3 - "$XDG_STATE_HOME/Daywyn/sync/state.json" <<'PY'
@@ -81,14 +122,32 @@ json.dump(state, open(path, "w"))
 PY
 "$PROBE" --screenshot "$OUT/drawer-synced.png"
 "$PROBE" --settings-screenshots "$OUT/synced"
+"$PROBE" --task-sync-screenshots "$OUT/synced"
+# The longest log the state keeps, under a long task list address.
+python3 - "$XDG_STATE_HOME/Daywyn/sync/state.json" <<'PY'
+import json, sys, datetime
+path = sys.argv[1]
+state = json.load(open(path))
+now = datetime.datetime.now(datetime.timezone.utc)
+state["conflicts"] = [
+    {"at": (now - datetime.timedelta(minutes=7 * (200 - i))).strftime("%Y-%m-%dT%H:%M:%SZ"),
+     "field": "title", "keptValue": "Plan week %d with the whole team" % i, "lost": "remote",
+     "setAsideValue": "Plan week %d" % i,
+     "taskId": "8F0C6A38-6E0A-4C51-9C1B-%012d" % i, "title": "Plan week %d with the whole team" % i}
+    for i in range(200)]
+state["account"]["collectionUrl"] = state["account"]["serverUrl"] + \
+    "ama/a-task-list-with-a-very-long-address-0f8d3c6e-2b1a-4f57-9e0d-5c7b8a9d1e2f/"
+json.dump(state, open(path, "w"))
+PY
+"$PROBE" --task-sync-screenshots "$OUT/long-log"
 INSIDE
 )
 env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY \
   DISPLAY="$display" QT_QPA_PLATFORM=xcb HOME="$home" XDG_DATA_HOME="$home/data" \
   XDG_CONFIG_HOME="$home/config" XDG_STATE_HOME="$home/state" XDG_CACHE_HOME="$home/cache" \
   XDG_RUNTIME_DIR="$home/runtime" DAYWYN="$daywyn" PROBE="$probe" OUT="$out" \
-  SERVER="http://127.0.0.1:$port/" \
-  dbus-run-session -- timeout 120 bash -c "$inside" 2> >(grep -v 'fd limit' >&2)
+  SERVER="http://127.0.0.1:$port/" SILENT="http://127.0.0.1:$silent_port/" \
+  dbus-run-session -- timeout 240 bash -c "$inside" 2> >(grep -v 'fd limit' >&2)
 
 # The server gone: the first pass of the next start fails and says so.
 kill "$radicale_pid"; wait "$radicale_pid" 2>/dev/null || true; radicale_pid=""

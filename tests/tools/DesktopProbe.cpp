@@ -9,6 +9,9 @@
 //   daywyn-probe --settings-screenshots DIR
 //                                          save Quick Add, every settings page and the
 //                                          welcome window into DIR and leave
+//   daywyn-probe --task-sync-screenshots DIR [SERVER SILENT-SERVER]
+//                                          save the Calendars page's task sync section
+//                                          (with servers: going through its set-up)
 #include <cstdio>
 #include <cstring>
 #include <sys/resource.h>
@@ -62,7 +65,8 @@ constexpr int readyTimeoutMilliseconds = 60'000;
 
 int usage() {
     std::fprintf(stderr, "Usage: daywyn-probe --exit-when-ready | --screenshot PATH.png | "
-                         "--settings-screenshots FOLDER\n");
+                         "--settings-screenshots FOLDER | --task-sync-screenshots FOLDER "
+                         "[SERVER SILENT-SERVER]\n");
     return 2;
 }
 
@@ -79,10 +83,14 @@ int main(int argc, char** argv) {
     const bool exitWhenReady = std::strcmp(argv[1], "--exit-when-ready") == 0;
     const bool drawerShot = std::strcmp(argv[1], "--screenshot") == 0 && argc == 3;
     const bool settingsShots = std::strcmp(argv[1], "--settings-screenshots") == 0 && argc == 3;
-    if (!exitWhenReady && !drawerShot && !settingsShots) {
+    const bool syncShots =
+        std::strcmp(argv[1], "--task-sync-screenshots") == 0 && (argc == 3 || argc == 5);
+    if (!exitWhenReady && !drawerShot && !settingsShots && !syncShots) {
         return usage();
     }
-    const QString target = argc == 3 ? QString::fromLocal8Bit(argv[2]) : QString();
+    const QString target = argc >= 3 ? QString::fromLocal8Bit(argv[2]) : QString();
+    const QString server = argc == 5 ? QString::fromLocal8Bit(argv[3]) : QString();
+    const QString silentServer = argc == 5 ? QString::fromLocal8Bit(argv[4]) : QString();
     int qtArgc = 1;
     DesktopApp app(qtArgc, argv);
     if (const auto status = app.open(wallClock)) {
@@ -122,6 +130,9 @@ int main(int argc, char** argv) {
     if (settingsShots) {
         captureSettingsScreenshots(environment.quickCapture(), environment.settingsWindow(),
                                    environment.onboardingWindow(), target);
+    }
+    if (syncShots) {
+        captureTaskSyncScreenshots(environment.settingsWindow(), target, server, silentServer);
     }
     CalendarManager& calendars = environment.calendarManager();
     if (drawerShot && calendars.isLoading()) {

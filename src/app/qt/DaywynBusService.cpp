@@ -74,9 +74,8 @@ public:
         if (given("setup")) {
             return CommandOutput{1,
                                  {},
-                                 "Daywyn is running and keeps the sync state while it runs; quit "
-                                 "Daywyn, run 'daywyn sync setup URL' again, then start "
-                                 "Daywyn.\n"};
+                                 "Daywyn is running and keeps the sync state while it runs; set "
+                                 "task sync up in Settings › Calendars › Task sync.\n"};
         }
         std::optional<sync::PassReport> report;
         QEventLoop loop;

@@ -91,4 +91,15 @@ Status SecretServiceStore::write(const std::string& secret) {
     return {};
 }
 
+Status SecretServiceStore::remove() {
+    GError* error = nullptr;
+    secret_password_clear_sync(schema(), nullptr, &error, "service", service_.c_str(), "account",
+                               account_.c_str(), nullptr);
+    if (error != nullptr) {
+        g_clear_error(&error);
+        return Status::failure("Could not remove \"" + texts_.label + "\" from the keyring.");
+    }
+    return {};
+}
+
 } // namespace daywyn

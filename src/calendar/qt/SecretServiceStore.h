@@ -17,6 +17,9 @@ public:
                        std::optional<SecretItemTexts> texts = std::nullopt);
     SecretRead read() override;
     Status write(const std::string& secret) override;
+    // Deletes the item; no item is no failure. Fails with a sentence when the store
+    // could not be asked or refused.
+    Status remove();
 
 private:
     std::string service_;

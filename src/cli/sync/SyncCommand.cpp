@@ -27,8 +27,6 @@ namespace {
 
 using namespace sync;
 
-constexpr const char* kDefaultListName = "Daywyn";
-
 std::string loginName() {
     if (const passwd* entry = ::getpwuid(::getuid()); entry && entry->pw_name) {
         return entry->pw_name;
@@ -83,13 +81,13 @@ Result<SyncState> loadState(SyncStateFile& file, Instant now, std::ostream& err)
 
 int runSetup(const VerbLine& line, Instant now, std::istream& in, std::ostream& out,
              std::ostream& err) {
-    const QUrl server(QString::fromStdString(line.words[1]), QUrl::StrictMode);
-    if (auto problem = CalDavSession::urlProblem(server)) {
-        err << *problem << "\n";
+    auto server = syncServerAddress(line.words[1]);
+    if (!server) {
+        err << server.error() << "\n";
         return 1;
     }
     SyncAccount account;
-    account.serverUrl = server.toString().toStdString();
+    account.serverUrl = server.value().toString().toStdString();
     account.user = line.value("--user") ? *line.value("--user") : loginName();
     std::string password;
     if (line.has("--password-stdin")) {
@@ -111,66 +109,32 @@ int runSetup(const VerbLine& line, Instant now, std::istream& in, std::ostream& 
         err << files.error() << "\n";
         return 1;
     }
-    const DavCredentials credentials{QString::fromStdString(account.user),
-                                     QString::fromStdString(password)};
-    CalDavDiscovery discovery(server, credentials);
+    CalDavDiscovery discovery(server.value(), DavCredentials{QString::fromStdString(account.user),
+                                                             QString::fromStdString(password)});
     auto found = discovery.discover();
     if (!found) {
         err << found.error() << "\n";
         return 1;
     }
     const std::string* wanted = line.value("--list");
-    const std::vector<TaskListInfo>& lists = found.value().lists;
-    std::optional<TaskListInfo> chosen;
-    const std::string name = wanted ? *wanted : kDefaultListName;
-    for (const auto& list : lists) {
-        if (list.name == name) {
-            chosen = list;
-        }
-    }
-    if (!chosen && !wanted && lists.size() == 1) {
-        chosen = lists.front();
-    }
-    bool created = false;
-    if (!chosen && !wanted && lists.size() > 1) {
-        std::string names;
-        for (const auto& list : lists) {
-            names += (names.empty() ? "\"" : ", \"") + list.name + "\"";
-        }
-        err << "The account has several task lists (" << names
-            << "); choose one with --list NAME.\n";
+    auto settled = settleTaskList(discovery, found.value(),
+                                  wanted ? std::optional<std::string>(*wanted) : std::nullopt);
+    if (!settled) {
+        err << settled.error() << "\n";
         return 1;
     }
-    if (!chosen) {
-        if (found.value().homeUrl.empty()) {
-            err << "The address is a calendar without tasks, and Daywyn cannot make a task "
-                   "list beside it; give the account's address instead.\n";
-            return 1;
-        }
-        auto made = discovery.createTaskList(found.value().homeUrl, name);
-        if (!made) {
-            err << made.error() << "\n";
-            return 1;
-        }
-        chosen = made.value();
-        created = true;
-    }
-    account.collectionUrl = chosen->url;
-    account.listName = chosen->name;
+    const bool created = settled.value().created;
+    account.collectionUrl = settled.value().list.url;
+    account.listName = settled.value().list.name;
 
-    if (auto saved = syncPasswordStore(account).write(password); !saved) {
-        err << saved.error() << "\n";
-        return 1;
-    }
     auto state = loadState(*files.value().state, now, err);
     if (!state) {
         err << state.error() << "\n";
         return 1;
     }
-    if (state.value().account != account) {
-        // Another server or list: what was synced with the old one says nothing here.
-        forgetServer(state.value());
-        state.value().account = account;
+    if (auto stored = storeSyncAccount(state.value(), account, password); !stored) {
+        err << stored.error() << "\n";
+        return 1;
     }
     if (auto saved = files.value().state->save(state.value()); !saved) {
         err << saved.error() << "\n";

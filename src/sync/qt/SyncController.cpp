@@ -3,6 +3,7 @@
 #include <QThread>
 
 #include "sync/SyncStatusText.h"
+#include "sync/qt/SyncAccountAccess.h"
 
 namespace daywyn::sync {
 
@@ -67,13 +68,19 @@ SyncController::~SyncController() {
         worker_->wait();
         delete worker_;
     }
+    // A forgotten account's password does not stay in the keyring because the app quit.
+    for (const Job& job : jobs_) {
+        if (job.beforeExit) {
+            job.work();
+        }
+    }
     if (stateDirty_) {
         saveState();
     }
 }
 
 const char* SyncController::notSetUpSentence() {
-    return "Task sync is not set up. Run 'daywyn sync setup URL' to choose a CalDAV server.";
+    return "Task sync is not set up. Choose a CalDAV server in Settings › Calendars › Task sync.";
 }
 
 void SyncController::start(ResumeSignal* resume) {
@@ -89,6 +96,7 @@ void SyncController::start(ResumeSignal* resume) {
         return;
     }
     state_ = std::move(loaded.value().state);
+    stateLoaded_ = true;
     if (isSetUp()) {
         lastSeen_ = tasks_.tasks();
     }
@@ -161,19 +169,56 @@ void SyncController::startPass() {
                                             std::exchange(waiting_, {}),
                                             {}});
     running_ = pass;
-    worker_ = QThread::create([pass] { pass->run(); });
-    connect(worker_, &QThread::finished, this, [this, pass] { finishPass(pass); });
-    worker_->start();
+    startJob(Job{[pass] { pass->run(); },
+                 [this, pass] {
+                     finishPass(pass);
+                 }});
     Q_EMIT changed();
 }
 
+void SyncController::enqueue(Job job) {
+    if (worker_) {
+        jobs_.push_back(std::move(job));
+    } else {
+        startJob(std::move(job));
+    }
+}
+
+void SyncController::startJob(Job job) {
+    worker_ = QThread::create(std::move(job.work));
+    connect(worker_, &QThread::finished, this, [this, done = std::move(job.done)] {
+        worker_->wait();
+        delete worker_;
+        worker_ = nullptr;
+        done();
+        if (worker_) {
+            return;
+        }
+        if (!jobs_.empty()) {
+            Job next = std::move(jobs_.front());
+            jobs_.pop_front();
+            startJob(std::move(next));
+        } else if (passWanted_) {
+            startPass();
+        }
+    });
+    worker_->start();
+}
+
 void SyncController::finishPass(const std::shared_ptr<Pass>& pass) {
-    worker_->wait();
-    delete worker_;
-    worker_ = nullptr;
     running_.reset();
     SyncOutcome& outcome = pass->outcome;
     const Instant now = clock_();
+    if (state_.account != pass->account) {
+        // Sync was stopped while the pass ran: what it fetched is not taken in.
+        const PassReport dropped{{}, notSetUpSentence()};
+        for (const auto& done : pass->done) {
+            done(dropped);
+        }
+        Q_EMIT changed();
+        Q_EMIT passFinished();
+        return;
+    }
 
     bool taken = true;
     if (outcome.tasksChanged) {
@@ -226,9 +271,6 @@ void SyncController::finishPass(const std::shared_ptr<Pass>& pass) {
     }
     Q_EMIT changed();
     Q_EMIT passFinished();
-    if (passWanted_) {
-        startPass();
-    }
 }
 
 void SyncController::saveState() {
@@ -277,6 +319,163 @@ QVariantList SyncController::conflicts() const {
             {QStringLiteral("text"), QString::fromStdString(SyncStatusText::conflict(*c))}});
     }
     return rows;
+}
+
+void SyncController::setSetupStep(const QString& step, const QString& error) {
+    setupStep_ = step;
+    setupError_ = error;
+    Q_EMIT changed();
+}
+
+void SyncController::findTaskLists(const QString& serverUrl, const QString& user,
+                                   const QString& password) {
+    if (isSetUp() || setupStep_ == QLatin1String("starting")) {
+        return;
+    }
+    ++setupRun_;
+    found_ = {};
+    if (!stateLoaded_) {
+        // The unreadable state file stays as it is, and so nothing may be set up over it.
+        setSetupStep(QStringLiteral("form"),
+                     notice_.isEmpty() ? QStringLiteral("The sync state could not be read.")
+                                       : notice_);
+        return;
+    }
+    auto server = syncServerAddress(serverUrl.toStdString());
+    if (serverUrl.trimmed().isEmpty()) {
+        server = Error{"Give the address of your CalDAV server."};
+    } else if (user.trimmed().isEmpty()) {
+        server = Error{"Give your user name on the server."};
+    }
+    if (!server) {
+        setSetupStep(QStringLiteral("form"), QString::fromStdString(server.error()));
+        return;
+    }
+    setupServer_ = server.value();
+    setupUser_ = user.trimmed();
+    auto answer = std::make_shared<Result<CalDavAccountInfo>>(CalDavAccountInfo{});
+    const DavCredentials credentials{setupUser_, password};
+    const QUrl address = setupServer_;
+    const int run = setupRun_;
+    enqueue(Job{[answer, address, credentials] {
+                    *answer = CalDavDiscovery(address, credentials).discover();
+                },
+                [this, answer, run] {
+                    if (run != setupRun_) {
+                        return;
+                    }
+                    if (!*answer) {
+                        setSetupStep(QStringLiteral("form"),
+                                     QString::fromStdString(answer->error()));
+                        return;
+                    }
+                    found_ = std::move(answer->value());
+                    setSetupStep(QStringLiteral("choosing"));
+                }});
+    setSetupStep(QStringLiteral("finding"));
+}
+
+void SyncController::startSyncing(const QString& password, const QString& listUrl) {
+    if (isSetUp() || setupStep_ != QLatin1String("choosing")) {
+        return;
+    }
+    const int run = ++setupRun_;
+    struct Answer {
+        SyncState state;
+        SyncAccount account;
+        std::string error;
+    };
+    auto answer = std::make_shared<Answer>();
+    answer->state = state_;
+    answer->account.serverUrl = setupServer_.toString().toStdString();
+    answer->account.user = setupUser_.toStdString();
+    const std::optional<std::string> wanted =
+        listUrl.isEmpty() ? std::string(kDefaultTaskListName) : listUrl.toStdString();
+    enqueue(Job{[answer, found = found_, address = setupServer_,
+                 credentials = DavCredentials{setupUser_, password}, wanted] {
+                    CalDavDiscovery discovery(address, credentials);
+                    auto settled = settleTaskList(discovery, found, wanted);
+                    if (!settled) {
+                        answer->error = settled.error();
+                        return;
+                    }
+                    answer->account.collectionUrl = settled.value().list.url;
+                    answer->account.listName = settled.value().list.name;
+                    if (auto stored = storeSyncAccount(answer->state, answer->account,
+                                                       credentials.password.toStdString());
+                        !stored) {
+                        answer->error = stored.error();
+                    }
+                },
+                [this, answer, run] {
+                    if (run != setupRun_) {
+                        return;
+                    }
+                    if (!answer->error.empty()) {
+                        setSetupStep(QStringLiteral("choosing"),
+                                     QString::fromStdString(answer->error));
+                        return;
+                    }
+                    state_ = std::move(answer->state);
+                    lastSeen_ = tasks_.tasks();
+                    found_ = {};
+                    saveState();
+                    setSetupStep(QStringLiteral("form"));
+                    startPass();
+                }});
+    setSetupStep(QStringLiteral("starting"));
+}
+
+void SyncController::cancelSetup() {
+    if (setupStep_ == QLatin1String("starting")) {
+        // The account may already be in the keyring: the step ends as it ends.
+        return;
+    }
+    ++setupRun_;
+    found_ = {};
+    setSetupStep(QStringLiteral("form"));
+}
+
+void SyncController::stopSyncing() {
+    if (!isSetUp()) {
+        return;
+    }
+    const SyncAccount account = *state_.account;
+    state_ = SyncState{};
+    lastSeen_.clear();
+    afterChange_.stop();
+    passWanted_ = false;
+    saveState();
+    auto removed = std::make_shared<Status>();
+    enqueue(Job{[account, removed] { *removed = removeSyncPassword(account); },
+                [this, removed] {
+                    if (!*removed && !isSetUp()) {
+                        setSetupStep(setupStep_, QString::fromStdString(removed->error()));
+                    }
+                },
+                true});
+    setSetupStep(QStringLiteral("form"));
+}
+
+QVariantList SyncController::foundLists() const {
+    QVariantList rows;
+    for (const auto& list : found_.lists) {
+        rows.append(QVariantMap{{QStringLiteral("name"), QString::fromStdString(list.name)},
+                                {QStringLiteral("url"), QString::fromStdString(list.url)}});
+    }
+    return rows;
+}
+
+QString SyncController::newListName() const {
+    if (found_.homeUrl.empty()) {
+        return {};
+    }
+    for (const auto& list : found_.lists) {
+        if (list.name == kDefaultTaskListName) {
+            return {};
+        }
+    }
+    return QString::fromLatin1(kDefaultTaskListName);
 }
 
 } // namespace daywyn::sync

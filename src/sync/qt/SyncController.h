@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -20,6 +21,7 @@
 #include "sync/SyncState.h"
 #include "sync/SyncStateFile.h"
 #include "sync/TaskCoding.h"
+#include "sync/qt/CalDavDiscovery.h"
 
 class QThread;
 
@@ -53,6 +55,12 @@ struct PassReport {
 // did before the failure (as the state says) and leaves its sentence in the state and
 // on `statusLine`. The sync state is this object's while the app runs; it is saved
 // after each pass and when the object is destroyed.
+//
+// The settings page sets an account up through it in two steps, both on the worker
+// (the same one as the passes, so neither overlaps a pass): `findTaskLists` asks the
+// server for the account's task lists, `startSyncing` uses one (or makes "Daywyn"),
+// keeps the password in the keyring and runs a first pass. `stopSyncing` forgets the
+// account, its password and the sync state; the tasks stay as they are.
 class SyncController : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isSetUp READ isSetUp NOTIFY changed)
@@ -67,6 +75,15 @@ class SyncController : public QObject {
     Q_PROPERTY(int pendingChanges READ pendingChanges NOTIFY changed)
     Q_PROPERTY(QVariantList conflicts READ conflicts NOTIFY changed)
     Q_PROPERTY(QString notice READ notice NOTIFY changed)
+    // "form" (nothing under way), "finding" (asking the server), "choosing" (lists
+    // found) or "starting" (keeping the account).
+    Q_PROPERTY(QString setupStep READ setupStep NOTIFY changed)
+    Q_PROPERTY(QString setupError READ setupError NOTIFY changed)
+    // The task lists found: {name, url}.
+    Q_PROPERTY(QVariantList foundLists READ foundLists NOTIFY changed)
+    // The name of the list Daywyn can make for the account; empty when it has one of
+    // that name or no calendar home to make it in.
+    Q_PROPERTY(QString newListName READ newListName NOTIFY changed)
 
 public:
     // Opens the account's task list; called on the worker thread of each pass.
@@ -109,9 +126,24 @@ public:
     // an account it is called at once with the sentence saying so.
     void runPass(std::function<void(const PassReport&)> done);
 
+    // Asks the server at `serverUrl` for the task lists of `user`; the answer comes as
+    // `setupStep` "choosing", or back to "form" with `setupError`. Only without an
+    // account.
+    Q_INVOKABLE void findTaskLists(const QString& serverUrl, const QString& user,
+                                   const QString& password);
+    // Syncs with the found list at `listUrl`, or with a new list named `newListName`
+    // when `listUrl` is empty: stores the account as `daywyn sync setup` does and
+    // runs a first pass. A failure leaves the lists to choose from and says why.
+    Q_INVOKABLE void startSyncing(const QString& password, const QString& listUrl);
+    // Drops what the set-up found and the answer of a step under way.
+    Q_INVOKABLE void cancelSetup();
+    // Forgets the account: the sync state (conflict log included) and the password in
+    // the keyring. The tasks are not touched; a pass under way is dropped.
+    Q_INVOKABLE void stopSyncing();
+
     const SyncState& state() const { return state_; }
     bool isSetUp() const { return state_.account.has_value(); }
-    bool isSyncing() const { return worker_ != nullptr; }
+    bool isSyncing() const { return running_ != nullptr; }
     QString statusLine() const;
     bool hasFailed() const { return isSetUp() && !state_.lastError.empty(); }
     QString serverUrl() const;
@@ -124,6 +156,10 @@ public:
     QVariantList conflicts() const;
     // What went wrong with the state's own file, as a sentence; empty when nothing did.
     QString notice() const { return notice_; }
+    QString setupStep() const { return setupStep_; }
+    QString setupError() const { return setupError_; }
+    QVariantList foundLists() const;
+    QString newListName() const;
 
     static const char* notSetUpSentence();
 
@@ -134,9 +170,20 @@ Q_SIGNALS:
 
 private:
     struct Pass;
+    // Work for the worker thread, and what follows on this one once it is done.
+    struct Job {
+        std::function<void()> work;
+        std::function<void()> done;
+        // Still run (without `done`) when the object is destroyed before it started.
+        bool beforeExit = false;
+    };
     void startPass();
     void finishPass(const std::shared_ptr<Pass>& pass);
     void saveState();
+    // Runs the job when the worker is free, else after those queued before it.
+    void enqueue(Job job);
+    void startJob(Job job);
+    void setSetupStep(const QString& step, const QString& error = {});
 
     TaskList tasks_;
     SyncStateFile stateFile_;
@@ -148,15 +195,26 @@ private:
     // The task list as last seen, to tell what a change changed.
     std::vector<TaskItem> lastSeen_;
     bool started_ = false;
+    // The state file was read (an unreadable one is left alone: no set-up over it).
+    bool stateLoaded_ = false;
     bool stateDirty_ = false;
     // The store is taking in a pass's result: not a change made here.
     bool applyingPass_ = false;
     // Another pass was asked for while one ran.
     bool passWanted_ = false;
     QThread* worker_ = nullptr;
+    std::deque<Job> jobs_;
     std::shared_ptr<Pass> running_;
     std::vector<std::function<void(const PassReport&)>> waiting_;
     QString notice_;
+    QString setupStep_ = QStringLiteral("form");
+    QString setupError_;
+    // What `findTaskLists` found, for whom.
+    QUrl setupServer_;
+    QString setupUser_;
+    CalDavAccountInfo found_;
+    // Counts set-up steps: the answer of one that was cancelled or followed is dropped.
+    int setupRun_ = 0;
     QTimer afterChange_;
     QTimer period_;
     QTimer lineRefresh_;

@@ -12,6 +12,7 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include "FakeDavServer.h"
 #include "persistence/PosixFileSystem.h"
 #include "store/TodayTaskStore.h"
 #include "support/FakeCalDavCollection.h"
@@ -19,6 +20,7 @@
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
 #include "sync/ical/IcalTaskCoding.h"
+#include "sync/qt/SyncAccountAccess.h"
 
 namespace daywyn::sync {
 namespace {
@@ -391,6 +393,165 @@ TEST_F(SyncControllerTest, ATaskListThatCannotBeSavedLeavesTheStateAsItWas) {
     // Nothing was recorded as synced, so the next pass fetches the task again.
     EXPECT_TRUE(savedState().synced.empty());
     controller.reset();
+}
+
+// Setting an account up from the settings page and forgetting it: discovery against a
+// loopback server, the password in a private keyring, passes on the fake task list.
+class SyncSetupTest : public SyncControllerTest {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(test::startUnlockedKeyring(keyring));
+        ASSERT_TRUE(dav.start());
+    }
+    void TearDown() override { test::stopProcess(&keyring); }
+
+    SyncAccount accountAt(const std::string& list, const std::string& name) const {
+        return SyncAccount{dav.url().toString().toStdString(), "ama",
+                           dav.url(QString::fromStdString(list)).toString().toStdString(), name};
+    }
+
+    // Runs the find step and waits for its answer.
+    void find(const QString& password) {
+        controller->findTaskLists(dav.url().toString(), QStringLiteral("ama"), password);
+        ASSERT_TRUE(test::waitUntil([&] { return controller->setupStep() != "finding"; }));
+    }
+
+    QProcess keyring;
+    test::FakeDavServer dav;
+};
+
+TEST_F(SyncSetupTest, AWrongPasswordOrAddressIsASentenceAndNothingIsStored) {
+    dav.addList(QStringLiteral("/ama/tasks/"), QStringLiteral("Tasks"));
+    makeController();
+    controller->start(&resume);
+
+    // Refused before asking anyone.
+    controller->findTaskLists(QStringLiteral("http://dav.example.org/"), QStringLiteral("ama"),
+                              QStringLiteral("secret"));
+    EXPECT_EQ(controller->setupStep(), QStringLiteral("form"));
+    EXPECT_EQ(controller->setupError(),
+              QStringLiteral("Daywyn sends your password only over https; dav.example.org is not "
+                             "this computer, so use an https address."));
+    controller->findTaskLists(dav.url().toString(), QStringLiteral(" "), QStringLiteral("secret"));
+    EXPECT_EQ(controller->setupError(), QStringLiteral("Give your user name on the server."));
+    EXPECT_TRUE(dav.requests().isEmpty());
+
+    // The server is asked on the worker: the call returns at once.
+    controller->findTaskLists(dav.url().toString(), QStringLiteral("ama"),
+                              QStringLiteral("not-the-password"));
+    EXPECT_EQ(controller->setupStep(), QStringLiteral("finding"));
+    EXPECT_EQ(controller->setupError(), QString());
+    ASSERT_TRUE(test::waitUntil([&] { return controller->setupStep() != "finding"; }));
+    EXPECT_EQ(controller->setupStep(), QStringLiteral("form"));
+    EXPECT_EQ(controller->setupError(),
+              QStringLiteral("The sync server refused the user name or password."));
+    EXPECT_TRUE(controller->foundLists().isEmpty());
+
+    EXPECT_FALSE(controller->isSetUp());
+    EXPECT_FALSE(savedState().account.has_value());
+    EXPECT_EQ(syncPasswordStore(accountAt("/ama/tasks/", "Tasks")).read().outcome,
+              SecretRead::Outcome::missing);
+    QTest::qWait(100);
+    EXPECT_EQ(opened.load(), 0);
+}
+
+TEST_F(SyncSetupTest, ACancelledFindIsDroppedAndAFailedStartLeavesTheChoice) {
+    dav.addList(QStringLiteral("/ama/tasks/"), QStringLiteral("Tasks"));
+    makeController();
+    controller->start(&resume);
+    controller->findTaskLists(dav.url().toString(), QStringLiteral("ama"),
+                              QStringLiteral("secret"));
+    controller->cancelSetup();
+    // The answer comes a moment after the server's last reply.
+    ASSERT_TRUE(test::waitUntil([&] { return dav.requests().size() >= 2; }));
+    QTest::qWait(300);
+    EXPECT_EQ(controller->setupStep(), QStringLiteral("form"));
+    EXPECT_TRUE(controller->foundLists().isEmpty());
+
+    find(QStringLiteral("secret"));
+    ASSERT_EQ(controller->setupStep(), QStringLiteral("choosing"));
+    // The password changed on the server between the two steps: making the list fails.
+    controller->startSyncing(QStringLiteral("changed"), QString());
+    ASSERT_TRUE(test::waitUntil([&] { return controller->setupStep() != "starting"; }));
+    EXPECT_EQ(controller->setupStep(), QStringLiteral("choosing"));
+    EXPECT_NE(controller->setupError().indexOf(QStringLiteral("did not create the task list")), -1)
+        << controller->setupError().toStdString();
+    EXPECT_EQ(controller->foundLists().size(), 1);
+    EXPECT_FALSE(controller->isSetUp());
+    EXPECT_FALSE(savedState().account.has_value());
+}
+
+TEST_F(SyncSetupTest, AGoodAccountIsKeptLikeTheCommandLineKeepsItAndTheFirstPassRuns) {
+    dav.addList(QStringLiteral("/ama/tasks/"), QStringLiteral("Tasks"));
+    const Uuid local = add("Made before sync was set up");
+    makeController();
+    controller->start(&resume);
+
+    find(QStringLiteral("secret"));
+    ASSERT_EQ(controller->setupStep(), QStringLiteral("choosing"));
+    ASSERT_EQ(controller->foundLists().size(), 1);
+    const QVariantMap found = controller->foundLists().front().toMap();
+    EXPECT_EQ(found.value(QStringLiteral("name")).toString(), QStringLiteral("Tasks"));
+    EXPECT_EQ(found.value(QStringLiteral("url")).toString(),
+              dav.url(QStringLiteral("/ama/tasks/")));
+    // No list is named "Daywyn": making one is offered.
+    EXPECT_EQ(controller->newListName(), QStringLiteral("Daywyn"));
+
+    controller->startSyncing(QStringLiteral("secret"), QString());
+    ASSERT_TRUE(test::waitUntil([&] { return controller->isSetUp() && opened.load() == 1; }));
+    ASSERT_TRUE(test::waitUntil([&] { return !controller->isSyncing(); }));
+    ASSERT_EQ(dav.lists().size(), 2U);
+    const QString made = dav.lists().back().path;
+    EXPECT_TRUE(dav.requests().contains(QStringLiteral("MKCALENDAR ") + made));
+
+    const SyncAccount account = accountAt(made.toStdString(), "Daywyn");
+    EXPECT_EQ(controller->state().account, account);
+    EXPECT_EQ(savedState().account, account);
+    const SecretRead password = syncPasswordStore(account).read();
+    EXPECT_EQ(password.outcome, SecretRead::Outcome::found);
+    EXPECT_EQ(password.secret, "secret");
+    EXPECT_EQ(controller->setupStep(), QStringLiteral("form"));
+    // The first pass sent the task made before.
+    EXPECT_NE(onServer(local), nullptr);
+    EXPECT_FALSE(controller->hasFailed());
+}
+
+TEST_F(SyncSetupTest, StoppingForgetsTheAccountAndPasswordKeepsEveryTaskAndDropsAPassUnderWay) {
+    dav.addList(QStringLiteral("/ama/tasks/"), QStringLiteral("Tasks"));
+    const SyncAccount account = accountAt("/ama/tasks/", "Tasks");
+    SyncState stored;
+    ASSERT_TRUE(storeSyncAccount(stored, account, "secret"));
+    ASSERT_TRUE(SyncStateFile(statePath(), std::make_shared<PosixFileSystem>()).save(stored));
+    add("Call Ama");
+    makeController();
+    startAndSettle();
+    const TaskItem remote = test::TaskBuilder("From the phone").createdAt(kStart).build();
+    server.store(server.hrefFor(remote.id.text()),
+                 IcalTaskCoding().encode(remote, {}, {}, kStart, calendar));
+
+    // A pass that would fetch the server's new task is under way when sync stops.
+    holdPasses = true;
+    controller->syncNow();
+    ASSERT_TRUE(test::waitUntil([&] { return callsInside.load() == 1; }));
+    const std::vector<TaskItem> tasks = store.tasks();
+    controller->stopSyncing();
+    EXPECT_FALSE(controller->isSetUp());
+    holdPasses = false;
+    ASSERT_TRUE(test::waitUntil(
+        [&] { return syncPasswordStore(account).read().outcome == SecretRead::Outcome::missing; }));
+    ASSERT_TRUE(test::waitUntil([&] { return !controller->isSyncing(); }));
+
+    EXPECT_EQ(store.tasks(), tasks);
+    EXPECT_EQ(controller->state(), SyncState{});
+    EXPECT_EQ(savedState(), SyncState{});
+    EXPECT_EQ(controller->setupError(), QString());
+    // Nothing more is noted or sent.
+    const int passes = opened.load();
+    add("Water plants");
+    controller->syncNow();
+    QTest::qWait(150);
+    EXPECT_EQ(opened.load(), passes);
+    EXPECT_TRUE(controller->state().localChanges.empty());
 }
 
 } // namespace
