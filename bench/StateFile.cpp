@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <benchmark/benchmark.h>
 
@@ -63,6 +65,36 @@ void LoadState(benchmark::State& s) {
     }
 }
 BENCHMARK(LoadState)
+    ->Arg(1000)
+    ->Arg(5000)
+    ->Arg(20000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+// The one load a program makes when it starts: in a new process each time, so that
+// the parser's index, the file's pages and every record are memory touched for the
+// first time, as they are at start-up. Includes starting and ending the process.
+void LoadStateInNewProcess(benchmark::State& s) {
+    const int tasks = static_cast<int>(s.range(0));
+    if (!repositoryFor(tasks)->save(preparedState(tasks))) {
+        s.SkipWithError("could not save");
+        return;
+    }
+    for (auto _ : s) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            auto loaded = repositoryFor(tasks)->load();
+            ::_exit(loaded && loaded.value() ? 0 : 1);
+        }
+        int status = 0;
+        if (child < 0 || ::waitpid(child, &status, 0) != child || !WIFEXITED(status) ||
+            WEXITSTATUS(status) != 0) {
+            s.SkipWithError("could not load in a new process");
+            break;
+        }
+    }
+}
+BENCHMARK(LoadStateInNewProcess)
     ->Arg(1000)
     ->Arg(5000)
     ->Arg(20000)

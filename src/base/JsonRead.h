@@ -42,6 +42,9 @@ public:
     JsonInput(const JsonInput&) = delete;
     JsonInput& operator=(const JsonInput&) = delete;
 
+    // The document's length in bytes.
+    std::size_t size() const { return view_.length(); }
+
     // Starts reading the document (again from its start when called again); false,
     // with the syntax error in the decoder, when the text cannot be read at all.
     bool iterate(JsonDecoder& d, simdjson::ondemand::document& document);

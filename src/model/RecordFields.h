@@ -87,7 +87,16 @@ bool decodeRecordValue(JsonDecoder& d, JsonValue& v, AppPreferences& out);
 
 // A JSON array of records appended to `out`; a failure names the element ("Task 3:
 // The task has no "id".").
-bool decodeTaskListValue(JsonDecoder& d, JsonValue& v, std::vector<TaskItem>& out);
+//
+// With `countFirst` the elements are counted before they are read, so that the list is
+// allocated once at its size. Counting walks the parser's index of the list once more:
+// about a tenth of the time of reading 1,000 or 5,000 tasks, more than growing the list
+// costs there. A list of tens of thousands grows through allocations too large to be
+// served from memory already in use, and each of their pages is faulted in fresh:
+// counted first, 20,000 tasks loaded in about three quarters of the time, both in a
+// fresh process and when reloaded.
+bool decodeTaskListValue(JsonDecoder& d, JsonValue& v, std::vector<TaskItem>& out,
+                         bool countFirst = false);
 bool decodeReportListValue(JsonDecoder& d, JsonValue& v, std::vector<DailyReport>& out);
 
 } // namespace daywyn

@@ -204,13 +204,18 @@ namespace {
 // An array of records appended to `out`; the error names the element ("Task 3: ...").
 template <typename T>
 bool decodeList(JsonDecoder& d, JsonValue& v, std::string_view noun, std::string_view what,
-                std::vector<T>& out) {
+                std::vector<T>& out, bool countFirst) {
     std::size_t count = 0;
     bool inElement = false;
     simdjson::ondemand::array array;
     bool read = d.check(v.get_array().get(array));
-    // Not counted first: counting walks the parser's whole index of the list once more,
-    // which cost more than moving the records as the list grows.
+    if (read && countFirst) {
+        std::size_t elements = 0;
+        read = d.check(array.count_elements().get(elements));
+        if (read) {
+            out.reserve(out.size() + elements);
+        }
+    }
     read = read && readJsonElements(d, array, [&](JsonValue& element) {
                ++count;
                inElement = true;
@@ -253,12 +258,13 @@ bool decodeRecordValue(JsonDecoder& d, JsonValue& v, AppPreferences& out) {
     return decodeFields(d, v, out);
 }
 
-bool decodeTaskListValue(JsonDecoder& d, JsonValue& v, std::vector<TaskItem>& out) {
-    return decodeList(d, v, "Task", "list of tasks", out);
+bool decodeTaskListValue(JsonDecoder& d, JsonValue& v, std::vector<TaskItem>& out,
+                         bool countFirst) {
+    return decodeList(d, v, "Task", "list of tasks", out, countFirst);
 }
 
 bool decodeReportListValue(JsonDecoder& d, JsonValue& v, std::vector<DailyReport>& out) {
-    return decodeList(d, v, "Report", "list of reports", out);
+    return decodeList(d, v, "Report", "list of reports", out, false);
 }
 
 Result<ChecklistItem> decodeChecklistItem(std::string_view json) {

@@ -16,6 +16,9 @@ constexpr std::string_view kNotAnObject = "The state file does not hold a JSON o
 constexpr std::string_view kNoVersion = "The state file has no version.";
 constexpr std::string_view kInvalidMembers =
     "The state file's tasks, preferences or reports are not valid.";
+// From this size on the task list is counted before it is read (see
+// decodeTaskListValue): at about 1 KB a task, from some 8,000 tasks.
+constexpr std::size_t kCountTasksFrom = 8 * 1024 * 1024;
 
 // The first "version" member: absent when it is not an integer.
 bool readVersion(JsonDecoder& d, JsonValue& value, std::optional<long long>& version) {
@@ -155,7 +158,7 @@ Result<DecodedStateFile> decodeStateInput(JsonInput& input) {
         // Of a repeated name the first counts.
         if (key == "tasks" && !tasks) {
             tasks = true;
-            current = decodeTaskListValue(d, value, state.tasks);
+            current = decodeTaskListValue(d, value, state.tasks, input.size() >= kCountTasksFrom);
         } else if (key == "preferences" && !preferences) {
             preferences = true;
             current = decodeRecordValue(d, value, state.preferences);

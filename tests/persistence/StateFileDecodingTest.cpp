@@ -242,6 +242,32 @@ TEST(StateFileDecodingFaultTest, AFaultyTaskIsNamedWhereverItIs) {
     EXPECT_TRUE(tasks == state.tasks);
 }
 
+// From some megabytes on, the task list is counted before it is read. A file read that
+// way decodes to the same state, and its faults are refused all the same.
+TEST(StateFileDecodingFaultTest, ALargeFileReadsAndFailsAsASmallOne) {
+    const PersistedState state = bigState(400, 10);
+    std::string text = encodeStateFile(state);
+    // Made large by a member this version does not know.
+    replaceOnce(text, "\n  \"version\"",
+                "\n  \"later\": \"" + std::string(9 << 20, 'x') + "\",\n  \"version\"");
+    expectDecodesTo(text, state);
+    std::vector<std::string> broken;
+    for (std::string_view fault : {"17", "tru", "[1 2]", "\"\\uD800\""}) {
+        broken.push_back(text);
+        replaceOnce(broken.back(), "\"Task 399\"", fault);
+    }
+    // A comma missing between two tasks: the count itself stops there.
+    const auto tasksAt = text.find("\n  \"tasks\": [");
+    ASSERT_NE(tasksAt, std::string::npos);
+    const auto between = text.find("\n    },\n    {", tasksAt);
+    ASSERT_NE(between, std::string::npos);
+    broken.push_back(text);
+    broken.back().erase(between + 6, 1);
+    for (const auto& bytes : broken) {
+        EXPECT_FALSE(decodeStateFile(bytes).ok());
+    }
+}
+
 // The earlier format of a long-used install: its list of tasks is first tried in the
 // current format and then read again in its own.
 TEST(StateFileDecodingLegacyTest, BigOldFormatStillDecodes) {
