@@ -7,12 +7,16 @@
 # them (and on the upload's PUTs), from Radicale's log. The password
 # sits in a gnome-keyring on a private session bus, as on a desktop.
 # Prints medians in milliseconds (wall, CPU of the daywyn processes).
-# Usage: scripts/measure-sync.sh [build] [idle runs] [upload runs]
+# Usage: scripts/measure-sync.sh [build] [idle runs] [upload runs] [tasks]
+# With 0 upload runs the tasks are placed on the server instead and received first.
+# With RADICALE_PROFILE=PREFIX, Radicale's requests are profiled and saved per method
+# as PREFIX.PUT, PREFIX.PROPFIND, ... (scripts/profile-radicale.py).
 set -euo pipefail
 
 build=${1:-build}
 runs=${2:-11}
 uploads=${3:-1}
+wanted=${4:-2000}
 here=$(cd "$(dirname "$0")/.." && pwd)
 daywyn="$here/$build/daywyn"
 [ -x "$daywyn" ] && [ -x "$here/$build/daywyn-sync" ] ||
@@ -47,7 +51,12 @@ type = none
 [logging]
 level = info
 CONF
-radicale --config "$root/radicale.conf" 2> "$root/radicale.log" &
+if [ -n "${RADICALE_PROFILE:-}" ]; then
+  /usr/bin/python3 "$here/scripts/profile-radicale.py" "$RADICALE_PROFILE" \
+    --config "$root/radicale.conf" 2> "$root/radicale.log" &
+else
+  radicale --config "$root/radicale.conf" 2> "$root/radicale.log" &
+fi
 server_pid=$!
 for _ in $(seq 100); do
   (exec 3<> "/dev/tcp/127.0.0.1/$port") 2> /dev/null && break
@@ -55,7 +64,47 @@ for _ in $(seq 100); do
 done
 
 state="$root/data/Daywyn/daywyn.json"
-"$here/scripts/seed-state.py" "$state" --bulk 1989 > /dev/null
+if [ "$uploads" -gt 0 ]; then
+  # The seeded drawer holds 11 tasks of its own.
+  "$here/scripts/seed-state.py" "$state" --bulk $((wanted - 11)) > /dev/null
+else
+  # No upload to wait for (Radicale takes minutes for thousands of new objects): the task
+  # list is written straight into the server's storage, as another client would have
+  # left it (with sessions and a checklist as Daywyn's own properties), and the first
+  # pass receives it.
+  "$here/scripts/seed-state.py" "$state" > /dev/null
+  /usr/bin/python3 - "$root/storage/collection-root/ama/seeded" "$wanted" <<'PY'
+import json, os, sys, uuid
+folder, count = sys.argv[1], int(sys.argv[2])
+os.makedirs(folder)
+with open(os.path.join(folder, ".Radicale.props"), "w") as f:
+    json.dump({"tag": "VCALENDAR", "D:displayname": "Seeded",
+               "C:supported-calendar-component-set": "VTODO"}, f)
+for i in range(count):
+    uid = str(uuid.uuid4()).upper()
+    sessions = json.dumps([{"id": str(uuid.uuid4()).upper(), "start": "2026-01-05T09:00:00Z",
+                            "end": "2026-01-05T09:40:00Z"}])
+    checklist = json.dumps([{"id": str(uuid.uuid4()).upper(), "title": "Step %d" % n,
+                             "isComplete": True} for n in range(2)])
+    with open(os.path.join(folder, uid + ".ics"), "w", newline="") as f:
+        f.write("\r\n".join([
+            "BEGIN:VCALENDAR", "VERSION:2.0", "PRODID:-//Seed//EN", "BEGIN:VTODO",
+            "UID:" + uid, "DTSTAMP:20260105T100000Z", "CREATED:20260105T080000Z",
+            "LAST-MODIFIED:20260105T100000Z", "SUMMARY:Archived task %d" % i,
+            "STATUS:COMPLETED", "COMPLETED:20260105T094000Z", "X-DAYWYN-ESTIMATED-MINUTES:45",
+            "X-DAYWYN-SESSIONS:" + sessions, "X-DAYWYN-CHECKLIST:" + checklist,
+            "END:VTODO", "END:VCALENDAR", ""]))
+PY
+  # Radicale parses each new object once, on the first request that reads the list:
+  # done here, so that no pass of Daywyn waits for it.
+  /usr/bin/python3 - "$port" <<'PY'
+import base64, sys, urllib.request
+request = urllib.request.Request(
+    "http://127.0.0.1:%s/ama/seeded/" % sys.argv[1], method="PROPFIND", headers={
+        "Depth": "0", "Authorization": "Basic " + base64.b64encode(b"ama:secret").decode()})
+urllib.request.urlopen(request, timeout=600).read()
+PY
+fi
 export HOME="$root/home" XDG_DATA_HOME="$root/data" XDG_STATE_HOME="$root/state" \
   XDG_CONFIG_HOME="$root/config" XDG_RUNTIME_DIR="$root/runtime"
 unset DISPLAY WAYLAND_DISPLAY
@@ -112,6 +161,10 @@ for i in \$(seq $uploads); do
     --list "Upload \$i" > /dev/null
   "$root/launch" "$daywyn" sync 3>> "$root/upload.times" > "$root/upload.out"
 done
+if [ "$uploads" -eq 0 ]; then
+  echo secret | "$daywyn" sync setup "http://127.0.0.1:$port/" --user ama --password-stdin \
+    --list Seeded > /dev/null
+fi
 "$daywyn" sync > /dev/null
 for _ in \$(seq $runs); do
   "$root/launch" "$daywyn" sync 3>> "$root/idle.times" > "$root/idle.out"
@@ -128,9 +181,11 @@ dbus-run-session -- "$root/inside.sh"
 
 median() { awk -v c="${2:-1}" '{ print $c }' "$1" | sort -n |
   awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
+[ "$uploads" -gt 0 ] || tasks=$((tasks + wanted))
 echo "Radicale $(radicale --version) on 127.0.0.1, $tasks tasks; medians in ms (wall, CPU)"
-printf "  first upload (%d runs)        %9.1f %9.1f   (%s)\n" "$uploads" \
-  "$(median "$root/upload.times")" "$(median "$root/upload.times" 2)" "$(cat "$root/upload.out")"
+[ "$uploads" -eq 0 ] ||
+  printf "  first upload (%d runs)        %9.1f %9.1f   (%s)\n" "$uploads" \
+    "$(median "$root/upload.times")" "$(median "$root/upload.times" 2)" "$(cat "$root/upload.out")"
 printf "  pass, nothing changed (%d)    %9.1f %9.1f   (%s)\n" "$runs" \
   "$(median "$root/idle.times")" "$(median "$root/idle.times" 2)" "$(cat "$root/idle.out")"
 echo "  HTTP requests of a pass with nothing changed: $(cat "$root/idle.requests")"

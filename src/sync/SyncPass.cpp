@@ -356,7 +356,8 @@ private:
             removedHere_.erase(remote.task.id);
             out_.tasks.push_back(remote.task);
         } else {
-            *localTask(remote.task.id) = remote.task;
+            TaskItem* local = localTask(remote.task.id);
+            *local = withMachineLocalFieldsOf(remote.task, local);
         }
         state().synced[remote.task.id] = {remote.task, remote.href, remote.etag, remote.ics};
         ++out_.summary.pulled;
@@ -612,13 +613,14 @@ std::vector<TaskItem> applySyncResult(const std::vector<TaskItem>& current,
     for (const auto& task : current) {
         present.insert(task.id);
         const auto was = before.find(task.id);
-        if (was == before.end() || !(*was->second == task)) {
+        if (was == before.end() || !(withMachineLocalFieldsOf(*was->second, &task) == task)) {
             // Added or edited while the pass ran: as the user left it.
             result.push_back(task);
             continue;
         }
+        // The bookkeeping of reminders this machine scheduled meanwhile stays.
         if (const auto now = after.find(task.id); now != after.end()) {
-            result.push_back(*now->second);
+            result.push_back(withMachineLocalFieldsOf(*now->second, &task));
         }
     }
     for (const auto& task : synced) {

@@ -54,9 +54,10 @@ SyncOutcome runSyncPass(CalDavCollection& collection, const TaskCoding& coding,
 // The list to store after a pass that ran on `snapshot` while the user may have gone
 // on editing (`current`). A task the pass changed, added or removed is taken from
 // `synced` only while the current copy still equals the snapshot's (or is still
-// absent); a task edited meanwhile stays as the user left it, and a task added
-// meanwhile stays. Afterwards call noteLocalChanges(outcome.state, synced, result, now)
-// so that the next pass sends the edits made meanwhile.
+// absent, its machine-local fields aside: those keep the current values); a task edited
+// meanwhile stays as the user left it, and a task added meanwhile stays. Afterwards call
+// noteLocalChanges(outcome.state, synced, result, now) so that the next pass sends the edits made
+// meanwhile.
 std::vector<TaskItem> applySyncResult(const std::vector<TaskItem>& current,
                                       const std::vector<TaskItem>& snapshot,
                                       const std::vector<TaskItem>& synced);

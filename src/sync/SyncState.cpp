@@ -39,10 +39,14 @@ void noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
             note(task.id);
             continue;
         }
+        // A change to this machine's reminder bookkeeping alone is nothing to send.
         if (!(*found->second == task)) {
-            LocalChange& change = note(task.id);
-            for (const std::string_view field : differingFields(*found->second, task)) {
-                change.fields.insert_or_assign(std::string(field), now);
+            const auto fields = differingFields(*found->second, task);
+            if (!fields.empty()) {
+                LocalChange& change = note(task.id);
+                for (const std::string_view field : fields) {
+                    change.fields.insert_or_assign(std::string(field), now);
+                }
             }
         }
         earlier.erase(found);

@@ -40,13 +40,16 @@ std::string hexText(std::uint32_t value) {
     return text;
 }
 
-// Every field's value as JSON at whole seconds, in the record's order.
+// Every synced field's value as JSON at whole seconds, in the record's order.
 std::vector<std::pair<std::string_view, std::string>> fieldValues(const TaskItem& task) {
     const TaskItem cut = atWholeSeconds(task);
     std::vector<std::pair<std::string_view, std::string>> values;
     std::apply(
         [&](const auto&... field) {
-            (values.emplace_back(field.key, fieldJson(cut.*field.member)), ...);
+            ((isMachineLocalField(field.key)
+                  ? void()
+                  : void(values.emplace_back(field.key, fieldJson(cut.*field.member)))),
+             ...);
         },
         JsonRecord<TaskItem>::fields);
     return values;

@@ -31,10 +31,19 @@ struct IsOptionalItemList<std::optional<T>> : IsItemList<T> {};
 template <typename T>
 bool same(const T& a, const T& b);
 
+// A field of a task that only this machine's bookkeeping uses.
+template <typename Record>
+constexpr bool isOwnField(std::string_view key) {
+    return std::is_same_v<Record, TaskItem> && isMachineLocalField(key);
+}
+
 template <typename Record>
 bool sameFields(const Record& a, const Record& b) {
     return std::apply(
-        [&](const auto&... field) { return (same(a.*field.member, b.*field.member) && ...); },
+        [&](const auto&... field) {
+            return ((isOwnField<Record>(field.key) || same(a.*field.member, b.*field.member)) &&
+                    ...);
+        },
         JsonRecord<Record>::fields);
 }
 
@@ -214,6 +223,10 @@ MergedTask mergeTask(const TaskItem* base, const TaskItem& local, const EditTime
         [&](const auto&... field) {
             (
                 [&] {
+                    if (isMachineLocalField(field.key)) {
+                        result.task.*field.member = local.*field.member;
+                        return;
+                    }
                     const Instant localAt = wholeSeconds(localEdits.of(field.key));
                     const Instant remoteAt = wholeSeconds(remoteEdits.of(field.key));
                     sides.field = field.key;
@@ -240,10 +253,26 @@ std::vector<std::string_view> differingFields(const TaskItem& a, const TaskItem&
     std::vector<std::string_view> fields;
     std::apply(
         [&](const auto&... field) {
-            ((same(a.*field.member, b.*field.member) ? void() : fields.push_back(field.key)), ...);
+            ((isMachineLocalField(field.key) || same(a.*field.member, b.*field.member)
+                  ? void()
+                  : fields.push_back(field.key)),
+             ...);
         },
         JsonRecord<TaskItem>::fields);
     return fields;
+}
+
+TaskItem withMachineLocalFieldsOf(TaskItem task, const TaskItem* here) {
+    const TaskItem none;
+    const TaskItem& source = here ? *here : none;
+    std::apply(
+        [&](const auto&... field) {
+            ((isMachineLocalField(field.key) ? void(task.*field.member = source.*field.member)
+                                             : void()),
+             ...);
+        },
+        JsonRecord<TaskItem>::fields);
+    return task;
 }
 
 bool sameAtWholeSeconds(const TaskItem& a, const TaskItem& b) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -10,6 +11,27 @@
 #include "sync/SyncState.h"
 
 namespace daywyn::sync {
+
+// The fields that record what this machine has scheduled or delivered itself: the
+// notification of a task's reminder, its time-budget alerts, the alert at its end. Each
+// machine keeps its own: they are never sent nor taken from the server, a change to them
+// alone is nothing to sync, and comparisons and merges here leave them out. The
+// reminder itself (`reminderDate`) is the user's and syncs.
+inline constexpr std::array<std::string_view, 3> kMachineLocalFields = {
+    "notifiedOverdueEnd", "scheduledBudgetAlerts", "scheduledReminderDate"};
+
+constexpr bool isMachineLocalField(std::string_view field) {
+    for (const std::string_view local : kMachineLocalFields) {
+        if (local == field) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// `task` with this machine's own values of the machine-local fields, taken from `here`
+// (their defaults when the task is new here).
+TaskItem withMachineLocalFieldsOf(TaskItem task, const TaskItem* here);
 
 // One field edited differently on both sides: which value was kept, which set aside.
 struct FieldConflict {
@@ -50,10 +72,12 @@ struct MergedTask {
 MergedTask mergeTask(const TaskItem* base, const TaskItem& local, const EditTimes& localEdits,
                      const TaskItem& remote, const EditTimes& remoteEdits);
 
-// The names of the fields whose values differ at whole seconds, in the record's order.
+// The names of the fields whose values differ at whole seconds, in the record's order;
+// machine-local fields are never named.
 std::vector<std::string_view> differingFields(const TaskItem& a, const TaskItem& b);
 
-// Whether two tasks are equal once their times are cut to whole seconds.
+// Whether two tasks are equal once their times are cut to whole seconds, whatever their
+// machine-local fields hold.
 bool sameAtWholeSeconds(const TaskItem& a, const TaskItem& b);
 // The task with every time cut to whole seconds (towards the past).
 TaskItem atWholeSeconds(TaskItem task);

@@ -64,6 +64,52 @@ TEST(SyncPass, CostsOneRequestWhenNothingChanged) {
     }
 }
 
+// What a machine scheduled or delivered (a reminder's notification, budget alerts, the
+// overdue alert) is its own: no write when only that changes, and never taken from the
+// other machine; the reminder itself still syncs.
+TEST(SyncPass, KeepsEachMachinesReminderBookkeepingToItself) {
+    TwoMachines m;
+    const Uuid id = m.ids[0];
+    m.laptop.edit(t(10), [&](auto&) {
+        m.laptop.find(id)->scheduledReminderDate = t(30);
+        m.laptop.find(id)->scheduledBudgetAlerts = {BudgetAlertKind::exceeded};
+        m.laptop.find(id)->notifiedOverdueEnd = t(40);
+    });
+    EXPECT_TRUE(m.laptop.state.localChanges.empty());
+    m.server.resetCounts();
+    auto outcome = m.laptop.sync(m.server, t(11));
+    EXPECT_EQ(m.server.requests(), 1);
+    EXPECT_EQ(outcome.summary.pushed, 0);
+    EXPECT_EQ(m.laptop.find(id)->scheduledReminderDate, t(30));
+
+    // The desktop moves the reminder and schedules it there; the laptop takes the new
+    // reminder and keeps its own bookkeeping.
+    m.desktop.edit(t(12), [&](auto&) {
+        m.desktop.find(id)->reminderDate = t(50);
+        m.desktop.find(id)->scheduledReminderDate = t(50);
+    });
+    m.desktop.sync(m.server, t(13));
+    outcome = m.laptop.sync(m.server, t(14));
+    EXPECT_EQ(outcome.summary.pulled, 1);
+    const TaskItem& laptops = *m.laptop.find(id);
+    EXPECT_EQ(laptops.reminderDate, t(50));
+    EXPECT_EQ(laptops.scheduledReminderDate, t(30));
+    EXPECT_EQ(laptops.scheduledBudgetAlerts, BudgetAlertSet{BudgetAlertKind::exceeded});
+    EXPECT_EQ(laptops.notifiedOverdueEnd, t(40));
+
+    // Edited on both: the merge keeps each machine's own values too.
+    m.laptop.edit(t(15), [&](auto&) { m.laptop.find(id)->title = "Call the bank at noon"; });
+    m.desktop.edit(t(16), [&](auto&) { m.desktop.find(id)->estimatedMinutes = 10; });
+    m.desktop.sync(m.server, t(17));
+    m.laptop.sync(m.server, t(18));
+    m.desktop.sync(m.server, t(19));
+    EXPECT_EQ(m.laptop.find(id)->scheduledReminderDate, t(30));
+    EXPECT_EQ(m.desktop.find(id)->scheduledReminderDate, t(50));
+    EXPECT_TRUE(m.desktop.find(id)->scheduledBudgetAlerts.empty());
+    EXPECT_EQ(m.desktop.find(id)->title, "Call the bank at noon");
+    EXPECT_EQ(m.laptop.find(id)->estimatedMinutes, 10);
+}
+
 TEST(SyncPass, KeepsEditsOfDifferentFieldsFromBothMachines) {
     TwoMachines m;
     const Uuid id = m.ids[0];
@@ -431,6 +477,15 @@ TEST(ApplySyncResult, KeepsWhatTheUserChangedWhileThePassRan) {
 
     EXPECT_EQ(applySyncResult(current, snapshot, synced),
               (std::vector<TaskItem>{untouchedSynced, userEdit, addedByUser, arrived}));
+
+    // A reminder scheduled here while the pass ran is no edit: the server's change is
+    // taken and the bookkeeping stays.
+    TaskItem scheduled = untouched;
+    scheduled.scheduledReminderDate = t(45);
+    TaskItem expected = untouchedSynced;
+    expected.scheduledReminderDate = t(45);
+    EXPECT_EQ(applySyncResult({scheduled}, {untouched}, {untouchedSynced}),
+              std::vector<TaskItem>{expected});
 }
 
 TEST(ApplySyncResult, LetsTheNextPassSendTheEditsMadeMeanwhile) {

@@ -57,8 +57,27 @@ TEST(TaskMerge, SettlesEachFieldAgainstTheLastSyncedCopy) {
         t.isComplete = true;
         t.completedAt = at(ny, 2026, 3, 9, 11);
     };
+    // What each machine scheduled itself: never merged, always this machine's.
+    const auto bookkeeping = [](int hour) {
+        return [=](TaskItem& t) {
+            t.scheduledReminderDate = at(ny, 2026, 3, 9, hour);
+            t.scheduledBudgetAlerts = {BudgetAlertKind::approaching};
+            t.notifiedOverdueEnd = at(ny, 2026, 3, 9, hour + 1);
+        };
+    };
     const Case cases[] = {
         {"untouched", none, none, false, none, {}},
+        {"bookkeeping there only", none, bookkeeping(13), true, none, {}},
+        {"bookkeeping on both", bookkeeping(12), bookkeeping(13), false, bookkeeping(12), {}},
+        {"bookkeeping here, renamed there",
+         bookkeeping(12),
+         title("Bank"),
+         false,
+         [&](TaskItem& t) {
+             bookkeeping(12)(t);
+             t.title = "Bank";
+         },
+         {}},
         {"here only", title("Call the bank today"), none, false, title("Call the bank today"), {}},
         {"there only", none, title("Call the bank now"), true, title("Call the bank now"), {}},
         {"different fields",
@@ -116,6 +135,9 @@ TEST(TaskMerge, SettlesEachFieldAgainstTheLastSyncedCopy) {
             conflicts.emplace_back(conflict.field, conflict.lost);
         }
         EXPECT_EQ(conflicts, c.conflicts);
+        for (const auto field : sync::kMachineLocalFields) {
+            EXPECT_FALSE(merged.fieldTimes.contains(field)) << field;
+        }
     }
 }
 

@@ -411,7 +411,9 @@ void readOwnFields(icalcomponent* todo, TaskItem& task) {
         [&](const auto&... field) {
             (
                 [&] {
-                    if (isStandard(field.key)) {
+                    // Another machine's reminder bookkeeping (written by older versions)
+                    // is not this machine's.
+                    if (isStandard(field.key) || isMachineLocalField(field.key)) {
                         return;
                     }
                     if (const auto own = ownText(todo, ownPropertyName(field.key))) {
@@ -429,6 +431,10 @@ void writeOwnFields(icalcomponent* todo, const TaskItem& current, const TaskItem
         [&](const auto&... field) {
             (
                 [&] {
+                    if (isMachineLocalField(field.key)) {
+                        removeOwn(todo, ownPropertyName(field.key));
+                        return;
+                    }
                     if (isStandard(field.key) ||
                         fieldJson(current.*field.member) == fieldJson(task.*field.member)) {
                         return;

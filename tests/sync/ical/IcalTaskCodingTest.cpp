@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "model/RecordFields.h"
 #include "support/TaskBuilder.h"
 #include "sync/TaskMerge.h"
 
@@ -54,7 +55,13 @@ TEST(IcalTaskCoding, KeepsEveryFieldExactlyAcrossDaylightSavingChanges) {
     for (const auto& [calendar, dstDay] : {std::pair{newYork(), 8}, std::pair{berlin(), 29}}) {
         SCOPED_TRACE(calendar.zoneId());
         const TaskItem full = everyField(calendar, dstDay);
-        EXPECT_EQ(roundTrip(full, calendar), full);
+        // Every field but this machine's reminder bookkeeping, which stays out of the text.
+        std::string fullText;
+        EXPECT_EQ(roundTrip(full, calendar, &fullText),
+                  sync::withMachineLocalFieldsOf(full, nullptr));
+        EXPECT_EQ(fullText.find("SCHEDULED-REMINDER"), std::string::npos) << fullText;
+        EXPECT_EQ(fullText.find("BUDGET-ALERTS"), std::string::npos) << fullText;
+        EXPECT_EQ(fullText.find("OVERDUE"), std::string::npos) << fullText;
 
         // Values the standard properties cannot say alone: a repeat of "none", a rank
         // outside 1-3, a planned day that is not the start of a day, an empty checklist.
@@ -307,6 +314,36 @@ std::string withLine(std::string text, std::string_view prefix, std::string_view
 
 } // namespace
 
+// The fields of a task that sync: all but the machine-local ones.
+constexpr std::size_t kSyncedFields =
+    std::tuple_size_v<decltype(JsonRecord<TaskItem>::fields)> - sync::kMachineLocalFields.size();
+
+TEST(IcalTaskCoding, ReadsNoOtherMachinesReminderBookkeepingAndDropsItWhenWriting) {
+    const Calendar ny = newYork();
+    const TaskItem task = TaskBuilder("Call the bank")
+                              .createdAt(at(utc(), 2026, 3, 1))
+                              .reminder(at(utc(), 2026, 3, 9, 15));
+    // As a version that still sent them wrote it: another machine's bookkeeping.
+    std::string text = coding.encode(task, {}, {}, at(utc(), 2026, 3, 2), ny);
+    const std::string own = "X-DAYWYN-SCHEDULED-REMINDER-DATE:\"2026-03-09T15:00:00Z\"\r\n"
+                            "X-DAYWYN-SCHEDULED-BUDGET-ALERTS:[\"approaching\"]\r\n"
+                            "X-DAYWYN-NOTIFIED-OVERDUE-END:\"2026-03-09T16:00:00Z\"\r\n";
+    text.insert(text.find("END:VTODO"), own);
+    auto decoded = coding.decode(text, ny);
+    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    EXPECT_EQ(decoded->task, task);
+    EXPECT_EQ(decoded->task.reminderDate, at(utc(), 2026, 3, 9, 15));
+
+    TaskItem mine = task;
+    mine.title = "Call the bank today";
+    mine.scheduledReminderDate = at(utc(), 2026, 3, 9, 15);
+    mine.scheduledBudgetAlerts = {BudgetAlertKind::exceeded};
+    const std::string written = coding.encode(mine, {}, text, at(utc(), 2026, 3, 3), ny);
+    EXPECT_EQ(written.find("X-DAYWYN-SCHEDULED"), std::string::npos) << written;
+    EXPECT_EQ(written.find("X-DAYWYN-NOTIFIED"), std::string::npos) << written;
+    EXPECT_NE(written.find("BEGIN:VALARM"), std::string::npos) << written;
+}
+
 TEST(IcalTaskCoding, CarriesEachFieldsChangeTimeWhileNoOtherProgramEditsTheField) {
     const Calendar ny = newYork();
     const TaskItem task = everyField(ny, 8);
@@ -320,7 +357,7 @@ TEST(IcalTaskCoding, CarriesEachFieldsChangeTimeWhileNoOtherProgramEditsTheField
     EXPECT_EQ(decoded->fieldTimes.at("title"), at(utc(), 2026, 3, 9, 15));
     EXPECT_EQ(decoded->fieldTimes.at("estimatedMinutes"), at(utc(), 2026, 3, 9, 17));
     EXPECT_EQ(decoded->fieldTimes.at("checklist"), written);
-    EXPECT_EQ(decoded->fieldTimes.size(), 19u);
+    EXPECT_EQ(decoded->fieldTimes.size(), kSyncedFields);
 
     // Another program renames the task and says so in LAST-MODIFIED only: the title
     // loses its time (LAST-MODIFIED stands for it), the other fields keep theirs.
@@ -346,7 +383,7 @@ TEST(IcalTaskCoding, CarriesEachFieldsChangeTimeWhileNoOtherProgramEditsTheField
     EXPECT_EQ(decoded->fieldTimes.at("title"), at(utc(), 2026, 3, 9, 20));
     EXPECT_EQ(decoded->fieldTimes.at("estimatedMinutes"), at(utc(), 2026, 3, 9, 21));
     EXPECT_EQ(decoded->fieldTimes.at("checklist"), written);
-    EXPECT_EQ(decoded->fieldTimes.size(), 19u);
+    EXPECT_EQ(decoded->fieldTimes.size(), kSyncedFields);
 }
 
 TEST(IcalTaskCoding, GivesNoFieldTimesForAMangledOrForeignTimesProperty) {
