@@ -254,6 +254,22 @@ TEST_F(DrawerFocusFlowTest, QuickAddReopenedAfterEscapeReplacesItsOldDraft) {
     EXPECT_FALSE(savedTasks()[0].toObject().contains(QStringLiteral("estimatedMinutes")));
 }
 
+TEST_F(DrawerFocusFlowTest, AMenuChoiceThatOpensTheEditorLeavesItTheKeyboard) {
+    startWith({test::TaskBuilder("Water plants").createdAt(clock.now())});
+    press(Qt::Key_Down);
+    press(Qt::Key_Menu);
+    // Down onto the menu's first item, Edit.
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(app->editor().isOpen());
+    // The menu closes after its choice: the row must not take the keyboard back then.
+    QTest::qWait(300);
+    EXPECT_EQ(focused(), QStringLiteral("editorTitle"));
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(app->editor().isOpen());
+    EXPECT_TRUE(app->drawerController().isVisible());
+}
+
 TEST_F(DrawerFocusFlowTest, EscapeAndCtrlWCloseSettings) {
     startWith({});
     for (const auto& close : {QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_W)}) {
