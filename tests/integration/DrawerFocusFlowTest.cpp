@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "app/qt/AppEnvironment.h"
+#include "app/qt/ScreenEngine.h"
 #include "persistence/JSONTaskRepository.h"
 #include "persistence/PosixFileSystem.h"
 #include "shell/qt/EdgePanelController.h"
@@ -18,6 +19,7 @@
 #include "support/TaskBuilder.h"
 #include "support/qt/QtTestSupport.h"
 #include "ui/qt/OnboardingWindow.h"
+#include "ui/qt/SessionHistoryModel.h"
 #include "ui/qt/SettingsWindow.h"
 #include "ui/qt/TaskEditor.h"
 #include "ui/qt/TodayModel.h"
@@ -252,6 +254,87 @@ TEST_F(DrawerFocusFlowTest, QuickAddReopenedAfterEscapeReplacesItsOldDraft) {
     ASSERT_EQ(savedTasks().size(), 1);
     EXPECT_EQ(savedTasks()[0].toObject()["title"].toString(), QStringLiteral("Email Kofi"));
     EXPECT_FALSE(savedTasks()[0].toObject().contains(QStringLiteral("estimatedMinutes")));
+}
+
+// The first visible item under `root`, depth first, whose `name` property is `value`.
+QQuickItem* findByProperty(QQuickItem* root, const char* name, const QString& value) {
+    for (QQuickItem* child : root->childItems()) {
+        if (child->isVisible() && child->property(name).toString() == value) {
+            return child;
+        }
+        if (QQuickItem* found = findByProperty(child, name, value)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+TEST_F(DrawerFocusFlowTest, AMenuChoiceThatOpensTheEditorLeavesItTheKeyboard) {
+    startWith({test::TaskBuilder("Water plants").createdAt(clock.now())});
+    press(Qt::Key_Down);
+    press(Qt::Key_Menu);
+    // Down onto the menu's first item, Edit.
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(app->editor().isOpen());
+    // The menu closes after its choice: the row must not take the keyboard back then.
+    QTest::qWait(300);
+    EXPECT_EQ(focused(), QStringLiteral("editorTitle"));
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(app->editor().isOpen());
+    EXPECT_TRUE(app->drawerController().isVisible());
+}
+
+TEST_F(DrawerFocusFlowTest, EditingASessionChangesThatSessionAndDeletingItEndsTheEdit) {
+    const Instant seven = clock.now() - 2 * 3600;
+    startWith({test::TaskBuilder("Pay rent")
+                   .createdAt(clock.now() - 3 * 3600)
+                   .session(seven, seven + 30 * 60)
+                   .session(seven + 3600, seven + 3600 + 20 * 60)});
+    const TaskItem task = app->store().tasks().front();
+    ASSERT_TRUE(app->screenServices().sessions->openTask(QString::fromStdString(task.id.text())));
+    QQuickItem* sheet = test::findItem(window(), QStringLiteral("sessionSheet"));
+    ASSERT_NE(sheet, nullptr);
+    ASSERT_TRUE(test::waitUntil([&] { return sheet->isVisible(); }));
+    QQuickItem* sessions = test::findItem(window(), QStringLiteral("sessionList"));
+    QQuickItem* start = test::findItem(window(), QStringLiteral("sessionStart"));
+    QQuickItem* end = test::findItem(window(), QStringLiteral("sessionEnd"));
+    ASSERT_TRUE(sessions && start && end);
+    const auto row = [&](const WorkSession& session) {
+        return findByProperty(sessions, "sessionId", QString::fromStdString(session.id.text()));
+    };
+    const auto button = [&](QQuickItem* under, const char* text) {
+        QQuickItem* found = findByProperty(under, "text", QString::fromUtf8(text));
+        EXPECT_NE(found, nullptr) << text;
+        return found;
+    };
+
+    // Edit puts the earlier session's times in the fields; Save changes that one only.
+    QQuickItem* earlier = nullptr;
+    ASSERT_TRUE(test::waitUntil([&] { return (earlier = row(task.sessions[0])) != nullptr; }));
+    test::click(window(), *button(earlier, "Edit"));
+    EXPECT_EQ(start->property("text").toString(), QStringLiteral("2026-11-21 07:00"));
+    EXPECT_EQ(end->property("text").toString(), QStringLiteral("2026-11-21 07:30"));
+    end->setProperty("text", QStringLiteral("2026-11-21 07:45"));
+    test::click(window(), *button(sheet, "Save session"));
+    const std::vector<WorkSession>& saved = app->store().tasks().front().sessions;
+    ASSERT_EQ(saved.size(), 2U);
+    for (const WorkSession& session : saved) {
+        const bool edited = session.id == task.sessions[0].id;
+        EXPECT_EQ(session.start, edited ? seven : task.sessions[1].start);
+        EXPECT_EQ(session.end, edited ? seven + 45 * 60 : task.sessions[1].end);
+    }
+    EXPECT_NE(button(sheet, "Add session"), nullptr);
+
+    // Deleting the session being edited leaves nothing to save it over.
+    QQuickItem* later = row(task.sessions[1]);
+    ASSERT_NE(later, nullptr);
+    test::click(window(), *button(later, "Edit"));
+    ASSERT_NE(button(sheet, "Save session"), nullptr);
+    test::click(window(), *button(row(task.sessions[1]), "Delete"));
+    EXPECT_EQ(app->store().tasks().front().sessions.size(), 1U);
+    EXPECT_NE(button(sheet, "Add session"), nullptr);
+    EXPECT_EQ(findByProperty(sheet, "text", QStringLiteral("Cancel edit")), nullptr);
 }
 
 TEST_F(DrawerFocusFlowTest, EscapeAndCtrlWCloseSettings) {

@@ -71,8 +71,10 @@ Rectangle {
 
     Keys.onEscapePressed: if (!closeTopSheet()) EdgePanel.hide()
 
+    // The key sequences Qt gives StandardKey.Undo on Linux desktops, written out: the
+    // StandardKey enumeration is not resolved by qmllint 6.4.
     Shortcut {
-        sequences: [StandardKey.Undo]
+        sequences: ["Ctrl+Z", "Alt+Backspace"]
         enabled: !root.sheetOpen
         onActivated: Today.undo()
     }
@@ -309,81 +311,7 @@ Rectangle {
                 if (row) row.openMenu()
             }
 
-            delegate: Loader {
-                id: cell
-                width: ListView.view.width
-                required property int index
-                required property string kind
-                required property string section
-                required property string headerTitle
-                required property int headerCount
-                required property var model
-                sourceComponent: kind === "header" ? header : kind === "task" ? task : empty
-
-                Component {
-                    id: header
-                    RowLayout {
-                        width: cell.width
-                        height: 32
-                        Text {
-                            Layout.topMargin: cell.index === 0 ? 0 : 8
-                            text: cell.headerTitle
-                            font.pixelSize: 15
-                            font.weight: Font.DemiBold
-                            color: cell.section === "priority" ? Theme.coral : Theme.text
-                            Accessible.role: Accessible.Heading
-                        }
-                        Text {
-                            Layout.topMargin: cell.index === 0 ? 0 : 8
-                            text: cell.headerCount
-                            font.pixelSize: 12
-                            color: Theme.secondaryText
-                        }
-                        Item { Layout.fillWidth: true }
-                    }
-                }
-                Component {
-                    id: task
-                    TaskRow {
-                        width: cell.width
-                        // The row's roles come from the model through the cell.
-                        taskId: cell.model.taskId
-                        title: cell.model.title
-                        detail: cell.model.detail
-                        timeText: cell.model.timeText
-                        clock: cell.model.clock
-                        isComplete: cell.model.isComplete
-                        isRunning: cell.model.isRunning
-                        isOverrun: cell.model.isOverrun
-                        rank: cell.model.rank
-                        canDoToday: cell.model.canDoToday
-                        section: cell.section
-                        current: cell.ListView.isCurrentItem
-                        listFocused: list.activeFocus
-                        onEdit: root.openEditor(taskId)
-                        onShowHistory: Sessions.openTask(taskId)
-                        // A closed menu gives the keyboard back to its row.
-                        onMenuClosed: if (!root.sheetOpen) {
-                            list.currentIndex = cell.index
-                            list.forceActiveFocus()
-                        }
-                    }
-                }
-                Component {
-                    id: empty
-                    Text {
-                        width: cell.width
-                        topPadding: 4
-                        bottomPadding: 12
-                        wrapMode: Text.Wrap
-                        font.pixelSize: 13
-                        color: Theme.secondaryText
-                        text: Today.hasTasks
-                              ? "Today is clear. Add something above, or bring a task in with Do today."
-                              : "Nothing planned yet. Type a task above and press Enter; try “Call Ama tomorrow at 10 for 20 minutes”."
-                    }
-                }
-            }
+            delegate: TaskListCell {}
         }
 
         Rectangle {

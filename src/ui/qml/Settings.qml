@@ -32,8 +32,10 @@ Rectangle {
 
     // Escape (when no control or dialog wants it) and Ctrl+W close the window.
     Keys.onEscapePressed: root.Window.window.close()
+    // The key sequences Qt gives StandardKey.Close on Linux desktops, written out: the
+    // StandardKey enumeration is not resolved by qmllint 6.4.
     Shortcut {
-        sequences: [StandardKey.Close]
+        sequences: ["Ctrl+W", "Ctrl+F4"]
         onActivated: root.Window.window.close()
     }
 

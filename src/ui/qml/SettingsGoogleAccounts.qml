@@ -111,15 +111,21 @@ SettingsSection {
                 color: Theme.coral
             }
             Repeater {
-                model: account.modelData.calendars
+                // Each calendar with its account's id and address: the check boxes are
+                // built apart from this account's block and see only their own entry.
+                model: account.modelData.calendars.map(calendar => ({
+                    calendar: calendar,
+                    accountId: account.modelData.id,
+                    email: account.modelData.email
+                }))
                 CheckBox {
                     id: box
                     required property var modelData
                     Layout.fillWidth: true
-                    checked: modelData.selected
-                    text: modelData.title
-                    Accessible.name: modelData.title + " (" + account.modelData.email + ")"
-                    onToggled: GoogleCalendars.setCalendarSelected(account.modelData.id, box.modelData.id, checked)
+                    checked: modelData.calendar.selected
+                    text: modelData.calendar.title
+                    Accessible.name: modelData.calendar.title + " (" + modelData.email + ")"
+                    onToggled: GoogleCalendars.setCalendarSelected(box.modelData.accountId, box.modelData.calendar.id, checked)
                     contentItem: RowLayout {
                         spacing: 8
                         Item { implicitWidth: box.indicator.width }
@@ -127,7 +133,7 @@ SettingsSection {
                             implicitWidth: 10
                             implicitHeight: 10
                             radius: 5
-                            color: box.modelData.colorHex
+                            color: box.modelData.calendar.colorHex
                         }
                         Text {
                             Layout.fillWidth: true

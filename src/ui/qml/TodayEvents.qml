@@ -18,6 +18,22 @@ ColumnLayout {
         rows.itemAt(fromBelow ? rows.count - 1 : 0).forceActiveFocus()
         return true
     }
+    // Up and Down from a row come here (the rows leave them alone): to the next row, or
+    // out of the section past its first or last.
+    Keys.onUpPressed: (event) => { event.accepted = section.move(-1) }
+    Keys.onDownPressed: (event) => { event.accepted = section.move(1) }
+    function move(step) {
+        let from = -1
+        for (let i = 0; i < rows.count; ++i) {
+            if (rows.itemAt(i).activeFocus) from = i
+        }
+        if (from < 0) return false
+        const to = from + step
+        if (to < 0) section.leaveUp()
+        else if (to >= rows.count) section.leaveDown()
+        else rows.itemAt(to).forceActiveFocus()
+        return true
+    }
     readonly property var events: Calendars.todayEvents
     readonly property var reasons: Calendars.explanations
     visible: (Calendars.integrationEnabled || events.length > 0) && (events.length > 0 || reasons.length > 0 || Calendars.errorMessage !== "")
@@ -44,11 +60,8 @@ ColumnLayout {
         model: section.events
         EventRow {
             required property var modelData
-            required property int index
             objectName: "eventRow"
             Layout.fillWidth: true
-            Keys.onUpPressed: index > 0 ? rows.itemAt(index - 1).forceActiveFocus() : section.leaveUp()
-            Keys.onDownPressed: index < rows.count - 1 ? rows.itemAt(index + 1).forceActiveFocus() : section.leaveDown()
             title: modelData.title
             timeText: modelData.timeText
             colorHex: modelData.colorHex
