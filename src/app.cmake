@@ -83,7 +83,7 @@ daywyn_warnings(daywyn_command_line)
 add_executable(daywyn ${CMAKE_CURRENT_SOURCE_DIR}/cli/launcher/main.c)
 target_compile_definitions(daywyn PRIVATE
     DAYWYN_LIBEXEC_FROM_BINDIR="${DAYWYN_LIBEXEC_FROM_BINDIR}"
-    DAYWYN_VERSION="${PROJECT_VERSION}" DAYWYN_BUILD_NUMBER="${DAYWYN_BUILD_NUMBER}")
+    DAYWYN_VERSION_LINE="${DAYWYN_VERSION_LINE}")
 target_link_libraries(daywyn PRIVATE ${CMAKE_DL_LIBS})
 target_link_options(daywyn PRIVATE -Wl,--as-needed -Wl,-O1)
 daywyn_warnings(daywyn)

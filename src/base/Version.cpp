@@ -10,7 +10,7 @@ const char* appBuildNumber() {
 }
 
 std::string versionLine() {
-    return std::string("Daywyn ") + appVersion() + " (build " + appBuildNumber() + ")";
+    return DAYWYN_VERSION_LINE;
 }
 
 } // namespace daywyn

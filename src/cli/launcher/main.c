@@ -82,8 +82,8 @@ int main(int argc, char** argv) {
     const char* first = argv[1];
     if (strcmp(first, "--version") == 0 || strcmp(first, "-v") == 0 ||
         strcmp(first, "version") == 0) {
-        /* The line versionLine() makes in the core, which this program does not load. */
-        puts("Daywyn " DAYWYN_VERSION " (build " DAYWYN_BUILD_NUMBER ")");
+        /* The same line as the core's versionLine(), which this program does not load. */
+        puts(DAYWYN_VERSION_LINE);
         return 0;
     }
     return runVerb(argc, argv);
