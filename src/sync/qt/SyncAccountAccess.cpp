@@ -27,16 +27,18 @@ std::string keyringSentence(SecretRead::Outcome outcome, const SyncAccount& acco
     }
 }
 
-Result<std::unique_ptr<CalDavCollection>> openSyncCollection(const SyncAccount& account) {
+Result<std::unique_ptr<CalDavCollection>> openSyncCollection(const SyncAccount& account,
+                                                             const StopFlag& stop) {
     const SecretRead password = syncPasswordStore(account).read();
     if (password.outcome != SecretRead::Outcome::found) {
         return Error{keyringSentence(password.outcome, account)};
     }
-    std::unique_ptr<CalDavCollection> client =
+    auto client =
         std::make_unique<CalDavClient>(QUrl(QString::fromStdString(account.collectionUrl)),
                                        DavCredentials{QString::fromStdString(account.user),
                                                       QString::fromStdString(password.secret)});
-    return client;
+    client->stopWhen(stop);
+    return std::unique_ptr<CalDavCollection>(std::move(client));
 }
 
 Result<QUrl> syncServerAddress(const std::string& text) {
