@@ -133,9 +133,11 @@ void SyncController::noteStoreChange(const std::vector<TaskItem>& tasks) {
         return;
     }
     const std::size_t before = state_.localChanges.size();
-    noteLocalChanges(state_, lastSeen_, tasks, clock_());
-    stateDirty_ = true;
-    afterChange_.start();
+    // A change to this machine's reminder bookkeeping alone asks for no pass.
+    if (noteLocalChanges(state_, lastSeen_, tasks, clock_())) {
+        stateDirty_ = true;
+        afterChange_.start();
+    }
     if (state_.localChanges.size() != before) {
         Q_EMIT changed();
     }
