@@ -122,7 +122,7 @@ protected:
                 ++opened;
                 passStop = stop;
                 if (keyringLocked) {
-                    return Error{"The keyring is locked; unlock it and run 'daywyn sync' again."};
+                    return Error{"The keyring is locked; unlock it and sync again."};
                 }
                 return std::unique_ptr<CalDavCollection>(std::make_unique<LentCollection>(server));
             },
@@ -373,7 +373,7 @@ TEST_F(SyncControllerTest, AFailedPassKeepsEveryTaskAndItsChangesAndSaysWhy) {
     controller->syncNow();
     ASSERT_TRUE(test::waitUntil([&] { return opened.load() == 3 && !controller->isSyncing(); }));
     EXPECT_EQ(controller->statusLine(),
-              QStringLiteral("The keyring is locked; unlock it and run 'daywyn sync' again."));
+              QStringLiteral("The keyring is locked; unlock it and sync again."));
     EXPECT_EQ(store.tasks(), tasks);
 
     keyringLocked = false;
