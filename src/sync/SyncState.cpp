@@ -20,7 +20,7 @@ Instant LocalChange::latest() const {
     return last;
 }
 
-void noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
+bool noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
                       const std::vector<TaskItem>& after, Instant now) {
     std::unordered_map<Uuid, const TaskItem*> earlier;
     earlier.reserve(before.size());
@@ -29,7 +29,9 @@ void noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
     }
     // A task noted before keeps the time it was first noted at: the fields edited since
     // carry times of their own.
+    bool noted = false;
     const auto note = [&](const Uuid& id) -> LocalChange& {
+        noted = true;
         const auto [change, added] = state.localChanges.try_emplace(id, LocalChange{id, now, {}});
         return change->second;
     };
@@ -54,6 +56,7 @@ void noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
     for (const auto& [id, task] : earlier) {
         note(id).changedAt = now;
     }
+    return noted;
 }
 
 void forgetServer(SyncState& state) {

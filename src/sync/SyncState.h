@@ -110,8 +110,9 @@ inline constexpr std::size_t kMostConflicts = 200;
 // Records which tasks changed between two versions of the list, at `now`: a task whose
 // record differs (with the time of each field that differs), a new task and a removed
 // one. Called by whatever changes the store
-// (the app on each store change, the command line on each verb that writes).
-void noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
+// (the app on each store change, the command line on each verb that writes). Returns
+// whether anything was noted: a change to machine-local fields alone notes nothing.
+bool noteLocalChanges(SyncState& state, const std::vector<TaskItem>& before,
                       const std::vector<TaskItem>& after, Instant now);
 
 // Forgets the server: the account, the token, the synced bases and the local change

@@ -16,6 +16,20 @@ std::string capitalised(std::string text) {
     return text;
 }
 
+// A record's field as words: "estimatedMinutes" reads "Estimated minutes".
+std::string fieldWords(const std::string& field) {
+    std::string words;
+    for (const char c : field) {
+        if (c >= 'A' && c <= 'Z') {
+            words += ' ';
+            words += static_cast<char>(c - 'A' + 'a');
+        } else {
+            words += c;
+        }
+    }
+    return capitalised(words);
+}
+
 } // namespace
 
 std::string SyncStatusText::drawerLine(const SyncState& state, bool passRunning, Instant now,
@@ -63,7 +77,7 @@ std::string SyncStatusText::lastPass(const SyncState& state, Instant now,
 
 std::string SyncStatusText::conflict(const ConflictRecord& record) {
     const std::string from = record.lost == ConflictSide::local ? "this computer" : "the server";
-    return capitalised(record.field) + " \"" + record.keptValue + "\" kept; \"" +
+    return fieldWords(record.field) + " \"" + record.keptValue + "\" kept; \"" +
            record.setAsideValue + "\" from " + from + " replaced.";
 }
 

@@ -69,6 +69,12 @@ TEST(SyncStatusText, TheSettingsPageShowsTheLastPassAndEachConflict) {
               "Title \"Pay rent by noon\" kept; \"Pay rent today\" from this computer replaced.");
     record.lost = ConflictSide::remote;
     EXPECT_NE(SyncStatusText::conflict(record).find("from the server replaced"), std::string::npos);
+    // A field of two words reads as words, not as the record's key.
+    record.field = "estimatedMinutes";
+    record.keptValue = "20";
+    record.setAsideValue = "45";
+    EXPECT_EQ(SyncStatusText::conflict(record),
+              "Estimated minutes \"20\" kept; \"45\" from the server replaced.");
     EXPECT_EQ(SyncStatusText::when(test::at(kBerlin, 2026, 3, 3, 22, 0), kNow, kBerlin),
               "Yesterday 22:00");
 }

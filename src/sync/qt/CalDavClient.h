@@ -28,6 +28,8 @@ public:
 
     // The requests sent so far.
     int requestCount() const { return session_.requestCount(); }
+    // Ends the client's work early once `stop` is set.
+    void stopWhen(StopFlag stop) { session_.stopWhen(std::move(stop)); }
 
 private:
     Result<ChangeListing> reportChanges(const std::string& syncToken, bool& unsupported);

@@ -33,6 +33,8 @@ public:
                     int timeoutMilliseconds = 30'000);
 
     Result<CalDavAccountInfo> discover();
+    // Ends discovery early once `stop` is set.
+    void stopWhen(StopFlag stop) { session_.stopWhen(std::move(stop)); }
     // Makes a task list (MKCALENDAR, VTODO only) named `name` in the calendar home.
     Result<TaskListInfo> createTaskList(const std::string& homeUrl, const std::string& name);
 

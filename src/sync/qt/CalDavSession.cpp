@@ -183,6 +183,10 @@ CalDavSession::CalDavSession(const QUrl& server, DavCredentials credentials,
 
 CalDavSession::~CalDavSession() = default;
 
+const char* CalDavSession::stoppedSentence() {
+    return "The sync server's answer is no longer wanted.";
+}
+
 std::optional<std::string> CalDavSession::urlProblem(const QUrl& url) {
     if (!url.isValid() || url.host().isEmpty()) {
         return "\"" + text(url.toString()) + "\" is not a server address Daywyn can use.";
@@ -245,6 +249,9 @@ Result<DavReply> CalDavSession::sendOnce(const QByteArray& method, const QUrl& u
     if (auto problem = urlProblem(url)) {
         return Error{*problem};
     }
+    if (stop_ && stop_->load()) {
+        return Error{stoppedSentence()};
+    }
     // Made on first use, so that it belongs to the thread that makes the calls.
     if (!network_) {
         network_ = std::make_unique<QNetworkAccessManager>();
@@ -275,6 +282,18 @@ Result<DavReply> CalDavSession::sendOnce(const QByteArray& method, const QUrl& u
         reply->abort();
     });
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    // Looked at a few times a second: a stop need not be noticed sooner.
+    QTimer stopCheck;
+    bool stopped = false;
+    if (stop_) {
+        QObject::connect(&stopCheck, &QTimer::timeout, &loop, [&] {
+            if (stop_->load()) {
+                stopped = true;
+                reply->abort();
+            }
+        });
+        stopCheck.start(50);
+    }
     QString tlsProblem;
     QObject::connect(reply, &QNetworkReply::sslErrors, &loop, [&](const QList<QSslError>& errors) {
         if (!errors.isEmpty()) {
@@ -288,7 +307,11 @@ Result<DavReply> CalDavSession::sendOnce(const QByteArray& method, const QUrl& u
         loop.exec();
     }
     limit.stop();
+    stopCheck.stop();
     std::unique_ptr<QNetworkReply> owned(reply);
+    if (stopped) {
+        return Error{stoppedSentence()};
+    }
 
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     const QNetworkReply::NetworkError error = reply->error();

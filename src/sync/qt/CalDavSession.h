@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <optional>
@@ -59,6 +60,10 @@ struct DavCredentials {
     QString password;
 };
 
+// Set from any thread to end a session's work early: the request under way is dropped
+// and no other is sent (a set-up step the user cancelled, an app that quits).
+using StopFlag = std::shared_ptr<const std::atomic<bool>>;
+
 // HTTP for CalDAV, synchronous: each call runs a local event loop until the reply, or
 // the time limit, ends it. Basic authentication is sent with every request to the
 // account's host (and to no other host). Refuses plain http except to this computer.
@@ -81,6 +86,12 @@ public:
                           const std::map<QByteArray, QByteArray>& headers = {},
                           bool followRedirects = false);
 
+    // From now on the session ends its work once `stop` is set.
+    void stopWhen(StopFlag stop) { stop_ = std::move(stop); }
+
+    // The error of a request given up because the session was told to stop.
+    static const char* stoppedSentence();
+
     // The requests sent so far (each redirect hop counts).
     int requestCount() const { return requests_; }
 
@@ -95,6 +106,7 @@ private:
     int timeout_;
     QString authHost_;
     int requests_ = 0;
+    StopFlag stop_;
     std::unique_ptr<QNetworkAccessManager> network_;
 };
 

@@ -17,26 +17,30 @@ SecretServiceStore syncPasswordStore(const SyncAccount& account) {
 std::string keyringSentence(SecretRead::Outcome outcome, const SyncAccount& account) {
     switch (outcome) {
     case SecretRead::Outcome::missing:
+        // Read by the app's settings page and by the command line alike.
         return "The keyring has no password for " + account.user +
-               " on the sync server; run 'daywyn sync setup " + account.serverUrl +
-               " --password-stdin' again.";
+               " on the sync server. Set task sync up again in Settings › Calendars › Task "
+               "sync, or run 'daywyn sync setup " +
+               account.serverUrl + " --password-stdin'.";
     case SecretRead::Outcome::locked:
-        return "The keyring is locked; unlock it and run 'daywyn sync' again.";
+        return "The keyring is locked; unlock it and sync again.";
     default:
         return "Daywyn could not ask the keyring (Secret Service) for the sync password.";
     }
 }
 
-Result<std::unique_ptr<CalDavCollection>> openSyncCollection(const SyncAccount& account) {
+Result<std::unique_ptr<CalDavCollection>> openSyncCollection(const SyncAccount& account,
+                                                             const StopFlag& stop) {
     const SecretRead password = syncPasswordStore(account).read();
     if (password.outcome != SecretRead::Outcome::found) {
         return Error{keyringSentence(password.outcome, account)};
     }
-    std::unique_ptr<CalDavCollection> client =
+    auto client =
         std::make_unique<CalDavClient>(QUrl(QString::fromStdString(account.collectionUrl)),
                                        DavCredentials{QString::fromStdString(account.user),
                                                       QString::fromStdString(password.secret)});
-    return client;
+    client->stopWhen(stop);
+    return std::unique_ptr<CalDavCollection>(std::move(client));
 }
 
 Result<QUrl> syncServerAddress(const std::string& text) {

@@ -23,7 +23,9 @@ std::string keyringSentence(SecretRead::Outcome outcome, const SyncAccount& acco
 
 // The account's task list over CalDAV, with the password from the keyring. Blocks on
 // the keyring and, later, on the network: call it on the thread that runs the pass.
-Result<std::unique_ptr<CalDavCollection>> openSyncCollection(const SyncAccount& account);
+// Its requests end early once `stop` is set.
+Result<std::unique_ptr<CalDavCollection>> openSyncCollection(const SyncAccount& account,
+                                                             const StopFlag& stop = {});
 
 // Setting an account up, the same way from the command line and from the settings
 // window: the address is checked, `CalDavDiscovery::discover` finds the task lists,

@@ -16,12 +16,14 @@ struct SyncController::Pass {
     Calendar calendar;
     std::shared_ptr<const TaskCoding> coding;
     CollectionOpener openCollection;
+    // Set when the pass's result is no longer wanted: sync stopped, the app quits.
+    std::shared_ptr<std::atomic<bool>> stop;
     std::vector<std::function<void(const PassReport&)>> done;
     // Written by the worker, read here once it has finished.
     SyncOutcome outcome;
 
     void run() {
-        auto collection = openCollection(account);
+        auto collection = openCollection(account, stop);
         if (!collection) {
             outcome.tasks = snapshot;
             outcome.state = state;
@@ -64,7 +66,15 @@ SyncController::SyncController(TaskList tasks, SyncStateFile stateFile,
 SyncController::~SyncController() {
     if (worker_) {
         // The pass's result is dropped: the server keeps what it got, and the next run's
-        // first pass finds it there again.
+        // first pass finds it there again. A server that does not answer does not hold
+        // up quitting.
+        quitting_->store(true);
+        if (findStop_) {
+            findStop_->store(true);
+        }
+        if (running_) {
+            running_->stop->store(true);
+        }
         worker_->wait();
         delete worker_;
     }
@@ -123,9 +133,11 @@ void SyncController::noteStoreChange(const std::vector<TaskItem>& tasks) {
         return;
     }
     const std::size_t before = state_.localChanges.size();
-    noteLocalChanges(state_, lastSeen_, tasks, clock_());
-    stateDirty_ = true;
-    afterChange_.start();
+    // A change to this machine's reminder bookkeeping alone asks for no pass.
+    if (noteLocalChanges(state_, lastSeen_, tasks, clock_())) {
+        stateDirty_ = true;
+        afterChange_.start();
+    }
     if (state_.localChanges.size() != before) {
         Q_EMIT changed();
     }
@@ -166,6 +178,7 @@ void SyncController::startPass() {
                                             calendar_,
                                             coding_,
                                             openCollection_,
+                                            std::make_shared<std::atomic<bool>>(false),
                                             std::exchange(waiting_, {}),
                                             {}});
     running_ = pass;
@@ -357,8 +370,16 @@ void SyncController::findTaskLists(const QString& serverUrl, const QString& user
     const DavCredentials credentials{setupUser_, password};
     const QUrl address = setupServer_;
     const int run = setupRun_;
-    enqueue(Job{[answer, address, credentials] {
-                    *answer = CalDavDiscovery(address, credentials).discover();
+    // A find that was cancelled a moment ago gives up its request, so this one need not
+    // wait for it.
+    if (findStop_) {
+        findStop_->store(true);
+    }
+    findStop_ = std::make_shared<std::atomic<bool>>(false);
+    enqueue(Job{[answer, address, credentials, stop = findStop_] {
+                    CalDavDiscovery discovery(address, credentials);
+                    discovery.stopWhen(stop);
+                    *answer = discovery.discover();
                 },
                 [this, answer, run] {
                     if (run != setupRun_) {
@@ -391,38 +412,39 @@ void SyncController::startSyncing(const QString& password, const QString& listUr
     answer->account.user = setupUser_.toStdString();
     const std::optional<std::string> wanted =
         listUrl.isEmpty() ? std::string(kDefaultTaskListName) : listUrl.toStdString();
-    enqueue(Job{[answer, found = found_, address = setupServer_,
-                 credentials = DavCredentials{setupUser_, password}, wanted] {
-                    CalDavDiscovery discovery(address, credentials);
-                    auto settled = settleTaskList(discovery, found, wanted);
-                    if (!settled) {
-                        answer->error = settled.error();
-                        return;
-                    }
-                    answer->account.collectionUrl = settled.value().list.url;
-                    answer->account.listName = settled.value().list.name;
-                    if (auto stored = storeSyncAccount(answer->state, answer->account,
-                                                       credentials.password.toStdString());
-                        !stored) {
-                        answer->error = stored.error();
-                    }
-                },
-                [this, answer, run] {
-                    if (run != setupRun_) {
-                        return;
-                    }
-                    if (!answer->error.empty()) {
-                        setSetupStep(QStringLiteral("choosing"),
-                                     QString::fromStdString(answer->error));
-                        return;
-                    }
-                    state_ = std::move(answer->state);
-                    lastSeen_ = tasks_.tasks();
-                    found_ = {};
-                    saveState();
-                    setSetupStep(QStringLiteral("form"));
-                    startPass();
-                }});
+    enqueue(Job{
+        [answer, found = found_, address = setupServer_,
+         credentials = DavCredentials{setupUser_, password}, wanted, stop = StopFlag(quitting_)] {
+            CalDavDiscovery discovery(address, credentials);
+            discovery.stopWhen(stop);
+            auto settled = settleTaskList(discovery, found, wanted);
+            if (!settled) {
+                answer->error = settled.error();
+                return;
+            }
+            answer->account.collectionUrl = settled.value().list.url;
+            answer->account.listName = settled.value().list.name;
+            if (auto stored = storeSyncAccount(answer->state, answer->account,
+                                               credentials.password.toStdString());
+                !stored) {
+                answer->error = stored.error();
+            }
+        },
+        [this, answer, run] {
+            if (run != setupRun_) {
+                return;
+            }
+            if (!answer->error.empty()) {
+                setSetupStep(QStringLiteral("choosing"), QString::fromStdString(answer->error));
+                return;
+            }
+            state_ = std::move(answer->state);
+            lastSeen_ = tasks_.tasks();
+            found_ = {};
+            saveState();
+            setSetupStep(QStringLiteral("form"));
+            startPass();
+        }});
     setSetupStep(QStringLiteral("starting"));
 }
 
@@ -433,6 +455,9 @@ void SyncController::cancelSetup() {
     }
     ++setupRun_;
     found_ = {};
+    if (findStop_) {
+        findStop_->store(true);
+    }
     setSetupStep(QStringLiteral("form"));
 }
 
@@ -445,6 +470,10 @@ void SyncController::stopSyncing() {
     lastSeen_.clear();
     afterChange_.stop();
     passWanted_ = false;
+    // The pass under way ends at its next request; the password goes after it.
+    if (running_) {
+        running_->stop->store(true);
+    }
     saveState();
     auto removed = std::make_shared<Status>();
     enqueue(Job{[account, removed] { *removed = removeSyncPassword(account); },

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -86,9 +87,10 @@ class SyncController : public QObject {
     Q_PROPERTY(QString newListName READ newListName NOTIFY changed)
 
 public:
-    // Opens the account's task list; called on the worker thread of each pass.
-    using CollectionOpener =
-        std::function<Result<std::unique_ptr<CalDavCollection>>(const SyncAccount& account)>;
+    // Opens the account's task list; called on the worker thread of each pass. The
+    // list's requests end early once `stop` is set (the app is quitting).
+    using CollectionOpener = std::function<Result<std::unique_ptr<CalDavCollection>>(
+        const SyncAccount& account, const StopFlag& stop)>;
 
     // The live task list (the app's store), read and changed on this thread only.
     struct TaskList {
@@ -109,7 +111,8 @@ public:
     SyncController(TaskList tasks, SyncStateFile stateFile,
                    std::shared_ptr<const TaskCoding> coding, CollectionOpener openCollection,
                    Calendar calendar, Clock clock, Timing timing, QObject* parent = nullptr);
-    // Waits for a pass under way, then saves the state when it changed.
+    // Ends the network work under way and waits for its thread, then saves the state
+    // when it changed.
     ~SyncController() override;
 
     // Loads the state, starts the timers and, when sync is set up, runs a first pass.
@@ -215,6 +218,9 @@ private:
     CalDavAccountInfo found_;
     // Counts set-up steps: the answer of one that was cancelled or followed is dropped.
     int setupRun_ = 0;
+    // Set to end the find step under way, and (when the app quits) the start step.
+    std::shared_ptr<std::atomic<bool>> findStop_;
+    std::shared_ptr<std::atomic<bool>> quitting_ = std::make_shared<std::atomic<bool>>(false);
     QTimer afterChange_;
     QTimer period_;
     QTimer lineRefresh_;

@@ -70,6 +70,9 @@ void FakeDavServer::onReadable(QTcpSocket* socket) {
         const QByteArray method = requestLine.value(0);
         const QByteArray path = requestLine.value(1);
         requests_.append(QString::fromLatin1(method + ' ' + path));
+        if (silent_) {
+            continue;
+        }
         const Answer answer = route(method, path, head);
         QByteArray reply = "HTTP/1.1 " + QByteArray::number(answer.status) + " Fake\r\n";
         if (!answer.body.isEmpty()) {

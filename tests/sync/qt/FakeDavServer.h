@@ -33,6 +33,8 @@ public:
 
     void addList(const QString& path, const QString& name) { lists_.push_back({path, name}); }
     const std::vector<List>& lists() const { return lists_; }
+    // While silent, requests are taken in and never answered: a server that hangs.
+    void setSilent(bool silent) { silent_ = silent; }
     // "METHOD /path" of every request, in arrival order.
     const QStringList& requests() const { return requests_; }
 
@@ -44,10 +46,12 @@ private:
     void onReadable(QTcpSocket* socket);
     Answer route(const QByteArray& method, const QByteArray& path, const QByteArray& headers);
 
-    QTcpServer server_;
     std::vector<List> lists_;
     QStringList requests_;
+    bool silent_ = false;
     std::map<QTcpSocket*, QByteArray> received_;
+    // Last, so that it goes first: its open sockets still reach `received_` as they close.
+    QTcpServer server_;
 };
 
 } // namespace daywyn::test
