@@ -15,10 +15,20 @@ constexpr int kOverallTimeout = 90'000;
 } // namespace
 
 NetworkGoogleHttp::NetworkGoogleHttp(QObject* parent)
-    : QObject(parent) {
-    network_.setCookieJar(new QNetworkCookieJar(&network_));
-    network_.setTransferTimeout(kTransferTimeout);
-    network_.setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
+    : QObject(parent) {}
+
+NetworkGoogleHttp::~NetworkGoogleHttp() = default;
+
+QNetworkAccessManager& NetworkGoogleHttp::network() {
+    // Made by the first request: without a Google account Qt's network stack is never
+    // set up.
+    if (!network_) {
+        network_ = std::make_unique<QNetworkAccessManager>();
+        network_->setCookieJar(new QNetworkCookieJar(network_.get()));
+        network_->setTransferTimeout(kTransferTimeout);
+        network_->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
+    }
+    return *network_;
 }
 
 void NetworkGoogleHttp::send(GoogleHttpRequest request, Completion done) {
@@ -35,9 +45,9 @@ void NetworkGoogleHttp::send(GoogleHttpRequest request, Completion done) {
     if (request.formBody) {
         outgoing.setHeader(QNetworkRequest::ContentTypeHeader,
                            QByteArrayLiteral("application/x-www-form-urlencoded"));
-        reply = network_.post(outgoing, QByteArray::fromStdString(*request.formBody));
+        reply = network().post(outgoing, QByteArray::fromStdString(*request.formBody));
     } else {
-        reply = network_.get(outgoing);
+        reply = network().get(outgoing);
     }
     auto* overall = new QTimer(reply);
     overall->setSingleShot(true);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include <QNetworkAccessManager>
 #include <QObject>
 
@@ -16,10 +18,13 @@ class NetworkGoogleHttp : public QObject, public GoogleHttp {
 
 public:
     explicit NetworkGoogleHttp(QObject* parent = nullptr);
+    ~NetworkGoogleHttp() override;
     void send(GoogleHttpRequest request, Completion done) override;
 
 private:
-    QNetworkAccessManager network_;
+    QNetworkAccessManager& network();
+
+    std::unique_ptr<QNetworkAccessManager> network_;
 };
 
 } // namespace daywyn

@@ -36,6 +36,13 @@ bool OnboardingWindow::showIfNeeded() {
             const QRect area = screen->availableGeometry();
             view->setPosition(area.center() - QPoint(310, 290));
         }
+        // Once it is closed, finished or not, the window goes with everything it
+        // drew: it opens at most once a launch, and is made again should it be needed.
+        connect(view, &QWindow::visibleChanged, view, [view](bool visible) {
+            if (!visible) {
+                view->deleteLater();
+            }
+        });
         window_ = view;
     }
     window_->show();

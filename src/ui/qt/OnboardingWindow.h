@@ -26,6 +26,7 @@ public:
     bool showIfNeeded();
     // Records onboarding as done and closes the window.
     Q_INVOKABLE void complete();
+    // The open window; null once it has been closed (it is released then).
     QQuickView* window() const;
 
 Q_SIGNALS:

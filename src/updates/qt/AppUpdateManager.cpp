@@ -61,13 +61,6 @@ AppUpdateManager::AppUpdateManager(Options options, QObject* parent)
     if (options_.currentBuild.isEmpty()) {
         options_.currentBuild = QString::fromUtf8(appBuildNumber());
     }
-    network_ = new QNetworkAccessManager(this);
-    // Nothing of an update check stays behind: no disk cache, and cookies live only as
-    // long as this manager.
-    network_->setCache(nullptr);
-    network_->setCookieJar(new QNetworkCookieJar(network_));
-    network_->setAutoDeleteReplies(false);
-
     for (QTimer* deadline : {&manifestDeadline_, &downloadDeadline_}) {
         deadline->setSingleShot(true);
         deadline->setInterval(options_.overallTimeoutMilliseconds);
@@ -146,6 +139,16 @@ QNetworkReply* AppUpdateManager::get(const QUrl& url, qint64 readBufferSize) {
         QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
         tls.addCaCertificates(options_.extraCaCertificates);
         request.setSslConfiguration(tls);
+    }
+    // Made by the first check, not at start-up: an app that never checks for updates
+    // never sets up Qt's network stack (its proxy lookup, TLS and Kerberos libraries).
+    if (!network_) {
+        network_ = new QNetworkAccessManager(this);
+        // Nothing of an update check stays behind: no disk cache, and cookies live only
+        // as long as this manager.
+        network_->setCache(nullptr);
+        network_->setCookieJar(new QNetworkCookieJar(network_));
+        network_->setAutoDeleteReplies(false);
     }
     QNetworkReply* reply = network_->get(request);
     reply->setReadBufferSize(readBufferSize);

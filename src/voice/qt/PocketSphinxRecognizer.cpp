@@ -138,19 +138,32 @@ PocketSphinxRecognizer::PocketSphinxRecognizer(SpeechModel model, QObject* paren
     worker_->moveToThread(&thread_);
     connect(&thread_, &QThread::finished, worker_, &QObject::deleteLater);
     thread_.setObjectName(QStringLiteral("speech recogniser"));
-    thread_.start();
+    // The thread starts with the first capture (startThread): until then the work
+    // queued for the worker waits in its event queue.
 }
 
 PocketSphinxRecognizer::~PocketSphinxRecognizer() {
     active_->store(0);
+    if (!thread_.isRunning()) {
+        // Never started: the worker's deleteLater on `finished` would never run.
+        delete worker_;
+        return;
+    }
     thread_.quit();
     thread_.wait();
+}
+
+void PocketSphinxRecognizer::startThread() {
+    if (!thread_.isRunning()) {
+        thread_.start();
+    }
 }
 
 void PocketSphinxRecognizer::warmUp() {
     if (!isAvailable()) {
         return;
     }
+    startThread();
     QMetaObject::invokeMethod(
         worker_, [w = worker_] { w->load(); }, Qt::QueuedConnection);
 }
@@ -163,6 +176,7 @@ std::optional<std::string> PocketSphinxRecognizer::begin(std::uint64_t generatio
                                                          SpeechRecognitionListener& listener) {
     listener_ = &listener;
     active_->store(generation);
+    startThread();
     QMetaObject::invokeMethod(
         worker_, [w = worker_, generation] { w->begin(generation); }, Qt::QueuedConnection);
     return std::nullopt;

@@ -36,6 +36,7 @@ public:
     void cancel() override;
 
 private:
+    void startThread();
     void deliverResult(std::uint64_t generation, SpeechRecognitionResult result);
     void deliverFailure(std::uint64_t generation, std::string description);
     void deliverEnd(std::uint64_t generation);

@@ -183,8 +183,39 @@ TEST(OnboardingWindow, OpensAtLaunchUntilFinished) {
         test::click(*onboarding.window(), *next);
     }
     EXPECT_TRUE(settings.boolValue(QStringLiteral("onboardingCompleted"), false));
-    EXPECT_FALSE(onboarding.window()->isVisible());
+    const QQuickView* finished = onboarding.window();
+    EXPECT_TRUE(finished == nullptr || !finished->isVisible());
     EXPECT_FALSE(onboarding.showIfNeeded());
+    // A finished welcome gives its window and scene back.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(onboarding.window(), nullptr);
+}
+
+TEST(OnboardingWindow, ClosedUnfinishedItIsReleasedAndOpensAgainFromTheStart) {
+    AppEnvironment environment(nullptr, test::berlin(),
+                               test::ManualClock(Instant{1779440400.0}).function());
+    QTemporaryDir directory;
+    UserSettings settings(directory.filePath(QStringLiteral("Daywyn.conf")));
+    OnboardingWindow onboarding(environment.engine(), settings);
+    ASSERT_TRUE(onboarding.showIfNeeded());
+    QQuickItem* next = test::findItem(*onboarding.window(), QStringLiteral("onboardingNext"));
+    ASSERT_TRUE(next);
+    test::click(*onboarding.window(), *next);
+    onboarding.window()->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(onboarding.window(), nullptr);
+    EXPECT_FALSE(settings.boolValue(QStringLiteral("onboardingCompleted"), false));
+
+    // Shown again, it is a new window at its first step: three clicks still finish it.
+    ASSERT_TRUE(onboarding.showIfNeeded());
+    ASSERT_TRUE(onboarding.window()->isVisible());
+    next = test::findItem(*onboarding.window(), QStringLiteral("onboardingNext"));
+    ASSERT_TRUE(next);
+    test::click(*onboarding.window(), *next);
+    test::click(*onboarding.window(), *next);
+    EXPECT_FALSE(settings.boolValue(QStringLiteral("onboardingCompleted"), false));
+    test::click(*onboarding.window(), *next);
+    EXPECT_TRUE(settings.boolValue(QStringLiteral("onboardingCompleted"), false));
 }
 
 } // namespace
