@@ -87,7 +87,28 @@ TEST_F(FileBytesTest, FoldersAndMissingFilesAreErrors) {
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_GE(fd, 0);
     EXPECT_EQ(read.read(fd, 10), EIO);
+    // The same for a size read into memory of its own, and nothing is left readable.
+    EXPECT_EQ(read.read(fd, 3 * 1024 * 1024), EIO);
+    EXPECT_EQ(read.size(), 0u);
+    EXPECT_EQ(read.readable(), 0u);
     ::close(fd);
+}
+
+TEST_F(FileBytesTest, ReadingAgainReplacesTheBytesOfALargerOrSmallerFile) {
+    // From a large file to a small one and back: each read holds exactly the new bytes
+    // and its own zero slack, whatever the previous read left behind.
+    FileBytes reused;
+    for (const std::size_t size : {std::size_t{5 * 1024 * 1024}, std::size_t{100},
+                                   std::size_t{2 * 1024 * 1024 - FileBytes::kSlack},
+                                   std::size_t{2 * 1024 * 1024 - FileBytes::kSlack + 1}}) {
+        const std::string bytes(size, static_cast<char>('a' + size % 26));
+        const std::string path = (folder / "again").string();
+        test::writeFile(path, bytes);
+        ASSERT_EQ(PosixFileSystem().readFile(path, reused), 0) << size;
+        ASSERT_EQ(reused.size(), size);
+        EXPECT_TRUE(reused.view() == bytes) << size;
+        expectSlackIsZero(reused);
+    }
 }
 
 } // namespace
