@@ -44,10 +44,13 @@ public:
                     return store->replaceWithSyncedTasks(std::move(merged));
                 }},
             stateFile(), std::make_shared<IcalTaskCoding>(),
-            [](const SyncAccount& account) -> Result<std::unique_ptr<CalDavCollection>> {
-                return std::unique_ptr<CalDavCollection>(std::make_unique<CalDavClient>(
+            [](const SyncAccount& account,
+               const StopFlag& stop) -> Result<std::unique_ptr<CalDavCollection>> {
+                auto client = std::make_unique<CalDavClient>(
                     QUrl(QString::fromStdString(account.collectionUrl)),
-                    DavCredentials{QStringLiteral("ama"), QStringLiteral("secret")}, 5000));
+                    DavCredentials{QStringLiteral("ama"), QStringLiteral("secret")}, 5000);
+                client->stopWhen(stop);
+                return std::unique_ptr<CalDavCollection>(std::move(client));
             },
             test::berlin(), clock_.function(), SyncController::Timing{50, 3'600'000, 60'000});
         store->setOnMeaningfulChange(
