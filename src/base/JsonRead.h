@@ -23,9 +23,9 @@ using JsonValue = simdjson::ondemand::value;
 
 class JsonDecoder;
 
-// A parser kept from one document to the next. simdjson indexes the whole text before
-// reading it (about four bytes per byte of text); a kept parser reuses the memory the
-// last document needed instead of having fresh pages mapped and faulted in each time.
+// The parser that walks a document. simdjson indexes the whole text before reading it
+// (about four bytes per byte of text) in memory the parser holds until it goes; one
+// parser may read several documents in turn and reuses that memory.
 struct JsonParser {
     simdjson::ondemand::parser parser;
 };

@@ -102,10 +102,11 @@ Result<std::optional<PersistedState>> JSONTaskRepository::load() {
     if (fs_->readFile(filePath_, bytes) != 0) {
         return moveAside();
     }
-    if (!parser_) {
-        parser_ = std::make_unique<JsonParser>();
-    }
-    auto decoded = decodeStateFile(bytes, *parser_);
+    // A parser of this load's own: its index of the file (about four bytes per byte of
+    // text) goes with it. A program loads the file once; a kept parser would hold that
+    // index for the rest of its life.
+    JsonParser parser;
+    auto decoded = decodeStateFile(bytes, parser);
     if (!decoded) {
         return moveAside();
     }

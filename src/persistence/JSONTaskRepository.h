@@ -15,8 +15,6 @@
 
 namespace daywyn {
 
-struct JsonParser;
-
 // The user's data in one JSON file, `Daywyn/daywyn.json` in the per-user data folder.
 // Loads the current format, migrates the older one, moves an unreadable file aside
 // instead of overwriting it, and saves the whole state durably and atomically. Only
@@ -76,8 +74,6 @@ private:
     Clock wallClock_;
     int lockFd_ = -1;
     bool loadedCurrentFormat_ = false;
-    // Kept from one load to the next (see JsonParser).
-    std::unique_ptr<JsonParser> parser_;
     // Removes the previous generation's name off the caller's thread (see save()).
     std::thread remover_;
 };
