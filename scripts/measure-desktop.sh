@@ -5,6 +5,9 @@
 #           first frame and leaves (daywyn-probe --exit-when-ready: the app as
 #           daywyn-app starts it), its median peak resident memory, and what the probe
 #           itself reports at that frame;
+#   floor   the same figures for the least a Qt Quick Controls window costs here: a
+#           small program showing a list of 20 check boxes with the same renderer,
+#           started the same way, run after each start of the app;
 #   idle    resident memory and CPU use over 60 s with the drawer hidden, as a user
 #           who has finished the welcome runs it (the first launch's welcome window
 #           is a window of its own, open until it is finished).
@@ -44,6 +47,33 @@ in_sandbox() {
 }
 median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
 
+# The toolkit's floor: a window of Qt Quick Controls, shown once, then gone.
+cat > "$root/floor.cpp" <<'CPP'
+#include <QGuiApplication>
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+int main(int argc, char** argv) {
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    QGuiApplication app(argc, argv);
+    QQmlApplicationEngine engine;
+    engine.loadData(R"(import QtQuick
+import QtQuick.Controls
+ApplicationWindow {
+    visible: true; width: 360; height: 640
+    ListView { anchors.fill: parent; model: 20; delegate: CheckDelegate { text: "Task " + index } }
+    onFrameSwapped: Qt.quit()
+})");
+    return app.exec();
+}
+CPP
+floor_program=""
+# shellcheck disable=SC2046
+if c++ -O2 -fPIC -std=c++17 -o "$root/floor" "$root/floor.cpp" \
+  $(pkg-config --cflags --libs Qt6Quick Qt6Qml Qt6Gui Qt6Core) 2>"$root/floor.err"; then
+  floor_program="$root/floor"
+  in_sandbox timeout 60 dbus-run-session -- "$floor_program" 2>/dev/null || true
+fi
+
 # The first run fills Qt's QML cache, as the first launch after installing does.
 in_sandbox timeout 120 dbus-run-session -- "${ready[@]}" 2>/dev/null || true
 times="$root/times"
@@ -57,12 +87,23 @@ for run in $(seq "$runs"); do
   cat "$times.one" >> "$times"
   # The probe also says what its first frame cost, before the app winds down.
   sed -n 's/^Drawer ready after \([0-9]*\) ms, \([0-9]*\) ms CPU\.$/\1 \2/p' "$root/err" >> "$root/ready"
+  if [ -n "$floor_program" ]; then
+    in_sandbox timeout 60 dbus-run-session -- \
+      /usr/bin/time -f "%e %M %U %S" -o "$times.one" "$floor_program" 2>/dev/null &&
+      cat "$times.one" >> "$root/floor.times"
+  fi
 done
 # CPU time (user + system) barely depends on what else the machine is doing; wall
 # time does, so both are shown.
 echo "start to drawer ready: median $(cut -d' ' -f1 "$times" | median) s wall," \
      "$(awk '{ print $3 + $4 }' "$times" | median) s CPU over $runs runs" \
      "(peak RSS median $(cut -d' ' -f2 "$times" | median) KB; load $(cut -d' ' -f1 /proc/loadavg))"
+if [ -s "$root/floor.times" ]; then
+  echo "  floor, a bare Qt Quick Controls window: median" \
+       "$(cut -d' ' -f1 "$root/floor.times" | median) s wall," \
+       "$(awk '{ print $3 + $4 }' "$root/floor.times" | median) s CPU" \
+       "(peak RSS median $(cut -d' ' -f2 "$root/floor.times" | median) KB)"
+fi
 if [ -s "$root/ready" ]; then
   echo "  of which to the first frame: median $(cut -d' ' -f2 "$root/ready" | median) ms CPU" \
        "(from exec), $(cut -d' ' -f1 "$root/ready" | median) ms wall (from main)"
