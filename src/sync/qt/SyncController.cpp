@@ -69,9 +69,7 @@ SyncController::~SyncController() {
         // first pass finds it there again. A server that does not answer does not hold
         // up quitting.
         quitting_->store(true);
-        if (findStop_) {
-            findStop_->store(true);
-        }
+        abandonFind();
         if (running_) {
             running_->stop->store(true);
         }
@@ -372,9 +370,7 @@ void SyncController::findTaskLists(const QString& serverUrl, const QString& user
     const int run = setupRun_;
     // A find that was cancelled a moment ago gives up its request, so this one need not
     // wait for it.
-    if (findStop_) {
-        findStop_->store(true);
-    }
+    abandonFind();
     findStop_ = std::make_shared<std::atomic<bool>>(false);
     enqueue(Job{[answer, address, credentials, stop = findStop_] {
                     CalDavDiscovery discovery(address, credentials);
@@ -448,6 +444,12 @@ void SyncController::startSyncing(const QString& password, const QString& listUr
     setSetupStep(QStringLiteral("starting"));
 }
 
+void SyncController::abandonFind() {
+    if (findStop_) {
+        findStop_->store(true);
+    }
+}
+
 void SyncController::cancelSetup() {
     if (setupStep_ == QLatin1String("starting")) {
         // The account may already be in the keyring: the step ends as it ends.
@@ -455,9 +457,7 @@ void SyncController::cancelSetup() {
     }
     ++setupRun_;
     found_ = {};
-    if (findStop_) {
-        findStop_->store(true);
-    }
+    abandonFind();
     setSetupStep(QStringLiteral("form"));
 }
 

@@ -187,6 +187,8 @@ private:
     void enqueue(Job job);
     void startJob(Job job);
     void setSetupStep(const QString& step, const QString& error = {});
+    // Ends the find step under way, if any, at its next look at the flag.
+    void abandonFind();
 
     TaskList tasks_;
     SyncStateFile stateFile_;

@@ -166,12 +166,17 @@ TEST(SettingsWindow, EveryPageLoads) {
     EXPECT_TRUE(warnings.isEmpty()) << warnings.join(QLatin1Char('\n')).toStdString();
 }
 
-TEST(OnboardingWindow, OpensAtLaunchUntilFinished) {
-    AppEnvironment environment(nullptr, test::berlin(),
-                               test::ManualClock(Instant{1779440400.0}).function());
+// The welcome window over its own settings file.
+class OnboardingWindowTest : public ::testing::Test {
+protected:
+    AppEnvironment environment{nullptr, test::berlin(),
+                               test::ManualClock(Instant{1779440400.0}).function()};
     QTemporaryDir directory;
-    UserSettings settings(directory.filePath(QStringLiteral("Daywyn.conf")));
-    OnboardingWindow onboarding(environment.engine(), settings);
+    UserSettings settings{directory.filePath(QStringLiteral("Daywyn.conf"))};
+    OnboardingWindow onboarding{environment.engine(), settings};
+};
+
+TEST_F(OnboardingWindowTest, OpensAtLaunchUntilFinished) {
     ASSERT_TRUE(onboarding.showIfNeeded());
     EXPECT_EQ(onboarding.window()->title(), QStringLiteral("Welcome to Daywyn"));
     EXPECT_EQ(onboarding.window()->size(), QSize(620, 580));
@@ -191,12 +196,7 @@ TEST(OnboardingWindow, OpensAtLaunchUntilFinished) {
     EXPECT_EQ(onboarding.window(), nullptr);
 }
 
-TEST(OnboardingWindow, ClosedUnfinishedItIsReleasedAndOpensAgainFromTheStart) {
-    AppEnvironment environment(nullptr, test::berlin(),
-                               test::ManualClock(Instant{1779440400.0}).function());
-    QTemporaryDir directory;
-    UserSettings settings(directory.filePath(QStringLiteral("Daywyn.conf")));
-    OnboardingWindow onboarding(environment.engine(), settings);
+TEST_F(OnboardingWindowTest, ClosedUnfinishedItIsReleasedAndOpensAgainFromTheStart) {
     ASSERT_TRUE(onboarding.showIfNeeded());
     QQuickItem* next = test::findItem(*onboarding.window(), QStringLiteral("onboardingNext"));
     ASSERT_TRUE(next);
